@@ -1,0 +1,55 @@
+# cmake --install: headers below include/vkcl with the paths they have in src/, the library, its
+# CMake package and its pkg-config module, and the tool.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS VKCLProfileHandler EXPORT VKCLProfileHandlerTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TARGET vkcl_lcms2 AND NOT BUILD_SHARED_LIBS)
+  get_target_property(vkcl_lcms2_type vkcl_lcms2 TYPE)
+  install(TARGETS vkcl_lcms2 EXPORT VKCLProfileHandlerTargets
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+
+set(vkcl_internal_headers
+    platform/Bytes.h platform/Guarded.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
+    profile/FileRewrite.h handler/TagReading.h)
+file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
+     "${PROJECT_SOURCE_DIR}/src/*.h")
+list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})
+foreach(header IN LISTS vkcl_headers)
+  get_filename_component(folder "${header}" DIRECTORY)
+  install(FILES "${PROJECT_SOURCE_DIR}/src/${header}"
+          DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vkcl/${folder}")
+endforeach()
+
+set(vkcl_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VKCLProfileHandler")
+install(EXPORT VKCLProfileHandlerTargets NAMESPACE VKCLProfileHandler::
+        DESTINATION "${vkcl_cmake_dir}")
+configure_package_config_file(
+  "${PROJECT_SOURCE_DIR}/cmake/VKCLProfileHandlerConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfig.cmake"
+  INSTALL_DESTINATION "${vkcl_cmake_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfigVersion.cmake"
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfig.cmake"
+              "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfigVersion.cmake"
+        DESTINATION "${vkcl_cmake_dir}")
+
+if(BUILD_SHARED_LIBS)
+  set(vkcl_pc_cflags "-DVKCL_SHARED")
+  set(vkcl_pc_requires "")
+else()
+  set(vkcl_pc_cflags "")
+  set(vkcl_pc_requires "lcms2")
+endif()
+configure_file("${PROJECT_SOURCE_DIR}/cmake/vkclprofilehandler.pc.in"
+               "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+if(VKCL_BUILD_TOOL)
+  install(TARGETS vkcl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

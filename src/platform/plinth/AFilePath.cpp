@@ -1,0 +1,73 @@
+#include "platform/plinth/AFilePath.h"
+
+#include <filesystem>
+
+#include "platform/Guarded.h"
+#include "platform/plinth/HostFiles.h"
+
+namespace {
+
+#if defined(_WIN32)
+constexpr const char* kSeparators = "/\\";
+constexpr char kSeparator = '\\';
+#else
+constexpr const char* kSeparators = "/";
+constexpr char kSeparator = '/';
+#endif
+
+bool EndsInSeparator(const std::string& path) {
+  return !path.empty() && std::string(kSeparators).find(path.back()) != std::string::npos;
+}
+
+}  // namespace
+
+std::size_t AFilePath::LastSeparator() const noexcept { return path_.find_last_of(kSeparators); }
+
+AString AFilePath::getFileName() const {
+  const std::size_t separator = LastSeparator();
+  return separator == std::string::npos ? path_ : path_.substr(separator + 1);
+}
+
+AString AFilePath::getExtension() const {
+  const std::string name = getFileName().str();
+  const std::size_t dot = name.rfind('.');
+  return dot == std::string::npos ? AString() : AString(name.substr(dot));
+}
+
+AString AFilePath::GetFullPath() const {
+  std::error_code error;
+  const std::filesystem::path full =
+      std::filesystem::absolute(vkcl::host::SystemPath(path_), error);
+  if (error) return path_;
+  return vkcl::host::NarrowPath(full.lexically_normal());
+}
+
+void AFilePath::removeLastComponent() {
+  const std::size_t separator = LastSeparator();
+  if (separator == std::string::npos) {
+    path_.clear();
+    return;
+  }
+  const bool root = separator == 0 || path_[separator - 1] == ':';
+  path_.erase(root ? separator + 1 : separator);
+}
+
+void AFilePath::appendComponent(const AString& name) {
+  if (!path_.empty() && !EndsInSeparator(path_)) path_ += kSeparator;
+  path_ += name.str();
+}
+
+bool AFilePath::exists() const noexcept { return vkcl::host::Exists(path_.c_str()); }
+
+bool AFilePath::isDirectory() const noexcept { return vkcl::host::IsDirectory(path_.c_str()); }
+
+bool AFilePath::isSameFile(const AFilePath& other) const noexcept {
+  return vkcl::Guarded([&] {
+    if (GetFullPath() == other.GetFullPath()) return true;
+    std::error_code error;
+    return std::filesystem::equivalent(vkcl::host::SystemPath(path_),
+                                       vkcl::host::SystemPath(other.path_), error);
+  });
+}
+
+bool AFilePath::remove() const noexcept { return vkcl::host::Remove(path_.c_str()); }

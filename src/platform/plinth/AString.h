@@ -1,0 +1,51 @@
+// A byte string in the host's narrow encoding.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/Export.h"
+
+/// Text as the host keeps it: bytes, with a length of its own, that no operation here re-encodes.
+class VKCL_API AString {
+ public:
+  static constexpr std::size_t npos = std::string::npos;
+
+  AString() = default;
+  /// A null pointer gives the empty string.
+  AString(const char* text) : text_(text != nullptr ? text : "") {}
+  AString(const char* bytes, std::size_t length) : text_(bytes, length) {}
+  AString(std::string text) : text_(std::move(text)) {}
+
+  const char* c_str() const noexcept { return text_.c_str(); }
+  std::size_t length() const noexcept { return text_.length(); }
+  bool empty() const noexcept { return text_.empty(); }
+  const std::string& str() const noexcept { return text_; }
+
+  friend bool operator==(const AString& a, const AString& b) noexcept { return a.text_ == b.text_; }
+  friend bool operator!=(const AString& a, const AString& b) noexcept { return a.text_ != b.text_; }
+  friend bool operator<(const AString& a, const AString& b) noexcept { return a.text_ < b.text_; }
+
+  AString& operator+=(const AString& tail) {
+    text_ += tail.text_;
+    return *this;
+  }
+  friend AString operator+(AString head, const AString& tail) { return head += tail; }
+
+  /// Compares without regard to the case of the letters A to Z; other bytes must be equal.
+  /// Negative, zero or positive, as strcmp. Independent of the locale.
+  int compareNoCase(const AString& other) const noexcept;
+
+  /// Position of the first occurrence of `text` at or behind `from`; npos when there is none.
+  std::size_t find(std::string_view text, std::size_t from = 0) const noexcept {
+    return text_.find(text, from);
+  }
+
+  /// Removes `character` from both ends, as often as it stands there.
+  void trim(char character);
+
+ private:
+  std::string text_;
+};

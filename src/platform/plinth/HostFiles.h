@@ -1,0 +1,65 @@
+// The system calls on files, one function each. Everything the library does to a file passes
+// through here, so that a test can put counting or failing functions in their place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace vkcl::host {
+
+using Handle = std::intptr_t;
+inline constexpr Handle kNoHandle = -1;
+
+enum class Access { Read, Write, ReadWrite };
+enum class Creation {
+  Never,      ///< the file must exist; its content stays
+  Truncate,   ///< created, or emptied when it exists
+  Exclusive,  ///< created; fails when it exists
+};
+
+struct MutableSlice {
+  void* data;
+  std::size_t size;
+};
+
+struct Slice {
+  const void* data;
+  std::size_t size;
+};
+
+/// Results of the two transfers below 0.
+inline constexpr std::int64_t kFailed = -1;
+inline constexpr std::int64_t kInterrupted = -2;  ///< nothing was moved; the call may be repeated
+
+/// Opens a file; kNoHandle on failure. The handle is not inherited by child processes and never
+/// waits for the other end of a pipe.
+Handle Open(const char* path, Access access, Creation creation) noexcept;
+
+/// Fills the slices in order with the bytes from `offset` on. Bytes moved (fewer than asked for
+/// at the end of the file, or whenever the system chooses), or one of the results above.
+std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
+                    std::size_t count) noexcept;
+/// Writes the slices in order from `offset` on; the result as for ReadAt.
+std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
+                     std::size_t count) noexcept;
+
+/// Length in bytes; -1 on failure.
+std::int64_t Length(Handle handle) noexcept;
+bool SetLength(Handle handle, std::uint64_t length) noexcept;
+/// False when the system reports that bytes written earlier did not reach the file. The handle
+/// is gone in either case.
+bool Close(Handle handle) noexcept;
+
+bool Remove(const char* path) noexcept;
+bool Exists(const char* path) noexcept;
+bool IsDirectory(const char* path) noexcept;
+
+/// The path as the file system takes it (wide characters on Windows), and back.
+std::filesystem::path SystemPath(const std::string& path);
+std::string NarrowPath(const std::filesystem::path& path);
+/// A path given as UTF-8, in the host's narrow encoding.
+std::string PathFromUtf8(const std::string& path);
+
+}  // namespace vkcl::host

@@ -1,0 +1,108 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "platform/plinth/HostFiles.h"
+
+namespace vkcl::host {
+namespace {
+
+// Slices moved by one call; a longer list is continued by the caller's next call.
+constexpr std::size_t kSlicesPerCall = 64;
+
+int AccessFlags(Access access) {
+  switch (access) {
+    case Access::Read: return O_RDONLY;
+    case Access::Write: return O_WRONLY;
+    case Access::ReadWrite: break;
+  }
+  return O_RDWR;
+}
+
+int CreationFlags(Creation creation) {
+  switch (creation) {
+    case Creation::Never: return 0;
+    case Creation::Truncate: return O_CREAT | O_TRUNC;
+    case Creation::Exclusive: break;
+  }
+  return O_CREAT | O_EXCL;
+}
+
+std::int64_t Moved(ssize_t result) {
+  if (result >= 0) return result;
+  return errno == EINTR ? kInterrupted : kFailed;
+}
+
+}  // namespace
+
+Handle Open(const char* path, Access access, Creation creation) noexcept {
+  // O_NONBLOCK: a pipe in the place of a profile must not make the caller wait; it has no effect
+  // on a regular file.
+  const int flags =
+      AccessFlags(access) | CreationFlags(creation) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  int descriptor = -1;
+  do {
+    descriptor = ::open(path, flags, 0666);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor < 0 ? kNoHandle : descriptor;
+}
+
+std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
+                    std::size_t count) noexcept {
+  std::array<iovec, kSlicesPerCall> vectors;
+  const std::size_t used = std::min(count, vectors.size());
+  for (std::size_t i = 0; i < used; ++i) vectors[i] = {slices[i].data, slices[i].size};
+  return Moved(::preadv(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
+                        static_cast<off_t>(offset)));
+}
+
+std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
+                     std::size_t count) noexcept {
+  std::array<iovec, kSlicesPerCall> vectors;
+  const std::size_t used = std::min(count, vectors.size());
+  for (std::size_t i = 0; i < used; ++i) {
+    vectors[i] = {const_cast<void*>(slices[i].data), slices[i].size};  // writev only reads them
+  }
+  return Moved(::pwritev(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
+                         static_cast<off_t>(offset)));
+}
+
+std::int64_t Length(Handle handle) noexcept {
+  struct stat status = {};
+  return ::fstat(static_cast<int>(handle), &status) == 0 ? status.st_size : -1;
+}
+
+bool SetLength(Handle handle, std::uint64_t length) noexcept {
+  int result = 0;
+  do {
+    result = ::ftruncate(static_cast<int>(handle), static_cast<off_t>(length));
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+bool Close(Handle handle) noexcept {
+  // The descriptor is released even when the call is interrupted: it must not be closed twice.
+  return ::close(static_cast<int>(handle)) == 0 || errno == EINTR;
+}
+
+bool Remove(const char* path) noexcept { return ::unlink(path) == 0; }
+
+bool Exists(const char* path) noexcept { return ::access(path, F_OK) == 0; }
+
+bool IsDirectory(const char* path) noexcept {
+  struct stat status = {};
+  return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::filesystem::path SystemPath(const std::string& path) { return path; }
+
+std::string NarrowPath(const std::filesystem::path& path) { return path.string(); }
+
+std::string PathFromUtf8(const std::string& path) { return path; }
+
+}  // namespace vkcl::host

@@ -1,0 +1,153 @@
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/plinth/HostFiles.h"
+
+namespace vkcl::host {
+namespace {
+
+std::wstring Wide(const char* text, unsigned int codePage = CP_ACP) {
+  const int length = ::MultiByteToWideChar(codePage, 0, text, -1, nullptr, 0);
+  if (length <= 1) return {};
+  std::wstring wide(static_cast<std::size_t>(length), L'\0');
+  ::MultiByteToWideChar(codePage, 0, text, -1, wide.data(), length);
+  wide.pop_back();  // the terminator that the call counts
+  return wide;
+}
+
+HANDLE Native(Handle handle) { return reinterpret_cast<HANDLE>(handle); }
+
+OVERLAPPED Position(std::uint64_t offset) {
+  OVERLAPPED position = {};
+  position.Offset = static_cast<DWORD>(offset & 0xFFFFFFFFu);
+  position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  return position;
+}
+
+DWORD Portion(std::size_t size) {
+  return static_cast<DWORD>(std::min<std::size_t>(size, 0x40000000u));
+}
+
+DWORD AccessMask(Access access) {
+  switch (access) {
+    case Access::Read: return GENERIC_READ;
+    case Access::Write: return GENERIC_WRITE;
+    case Access::ReadWrite: break;
+  }
+  return GENERIC_READ | GENERIC_WRITE;
+}
+
+DWORD Disposition(Creation creation) {
+  switch (creation) {
+    case Creation::Never: return OPEN_EXISTING;
+    case Creation::Truncate: return CREATE_ALWAYS;
+    case Creation::Exclusive: break;
+  }
+  return CREATE_NEW;
+}
+
+DWORD Attributes(const char* path) noexcept {
+  try {
+    return ::GetFileAttributesW(Wide(path).c_str());
+  } catch (...) {
+    return INVALID_FILE_ATTRIBUTES;
+  }
+}
+
+}  // namespace
+
+Handle Open(const char* path, Access access, Creation creation) noexcept {
+  try {
+    const HANDLE handle =
+        ::CreateFileW(Wide(path).c_str(), AccessMask(access),
+                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                      Disposition(creation), FILE_ATTRIBUTE_NORMAL, nullptr);
+    return handle == INVALID_HANDLE_VALUE ? kNoHandle : reinterpret_cast<Handle>(handle);
+  } catch (...) {
+    return kNoHandle;
+  }
+}
+
+std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
+                    std::size_t count) noexcept {
+  std::int64_t moved = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    OVERLAPPED position = Position(offset + static_cast<std::uint64_t>(moved));
+    const DWORD wanted = Portion(slices[i].size);
+    DWORD read = 0;
+    if (!::ReadFile(Native(handle), slices[i].data, wanted, &read, &position)) {
+      const bool end = ::GetLastError() == ERROR_HANDLE_EOF;
+      return moved > 0 || end ? moved : kFailed;
+    }
+    moved += read;
+    if (read < slices[i].size) break;
+  }
+  return moved;
+}
+
+std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
+                     std::size_t count) noexcept {
+  std::int64_t moved = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    OVERLAPPED position = Position(offset + static_cast<std::uint64_t>(moved));
+    const DWORD wanted = Portion(slices[i].size);
+    DWORD written = 0;
+    if (!::WriteFile(Native(handle), slices[i].data, wanted, &written, &position)) {
+      return moved > 0 ? moved : kFailed;
+    }
+    moved += written;
+    if (written < slices[i].size) break;
+  }
+  return moved;
+}
+
+std::int64_t Length(Handle handle) noexcept {
+  LARGE_INTEGER length = {};
+  return ::GetFileSizeEx(Native(handle), &length) ? length.QuadPart : -1;
+}
+
+bool SetLength(Handle handle, std::uint64_t length) noexcept {
+  FILE_END_OF_FILE_INFO end = {};
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
+  return ::SetFileInformationByHandle(Native(handle), FileEndOfFileInfo, &end, sizeof(end)) != 0;
+}
+
+bool Close(Handle handle) noexcept { return ::CloseHandle(Native(handle)) != 0; }
+
+bool Remove(const char* path) noexcept {
+  try {
+    return ::DeleteFileW(Wide(path).c_str()) != 0;
+  } catch (...) {
+    return false;
+  }
+}
+
+bool Exists(const char* path) noexcept { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
+
+bool IsDirectory(const char* path) noexcept {
+  const DWORD attributes = Attributes(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::filesystem::path SystemPath(const std::string& path) { return Wide(path.c_str()); }
+
+std::string NarrowPath(const std::filesystem::path& path) {
+  const std::wstring& wide = path.native();
+  const int length =
+      ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  if (length <= 1) return {};
+  std::string narrow(static_cast<std::size_t>(length), '\0');
+  ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, narrow.data(), length, nullptr, nullptr);
+  narrow.pop_back();
+  return narrow;
+}
+
+std::string PathFromUtf8(const std::string& path) {
+  return NarrowPath(Wide(path.c_str(), CP_UTF8));
+}
+
+}  // namespace vkcl::host

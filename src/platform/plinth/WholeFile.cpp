@@ -1,0 +1,21 @@
+#include "platform/plinth/WholeFile.h"
+
+#include <cstring>
+
+#include "platform/plinth/AFile.h"
+
+namespace vkcl {
+
+FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom, std::uint64_t limit) {
+  AFile file;
+  if (path.isDirectory() || !file.open(path, AFile::Read)) return {};
+  const std::int64_t length = file.length();
+  if (length < 0 || static_cast<std::uint64_t>(length) > limit) return {};
+  const auto size = static_cast<std::size_t>(length);
+  FileContent content = {std::unique_ptr<char[]>(new char[headroom + size]), headroom + size};
+  std::memset(content.bytes.get(), 0, headroom);
+  if (file.read(content.bytes.get() + headroom, size) != size) return {};
+  return content;
+}
+
+}  // namespace vkcl

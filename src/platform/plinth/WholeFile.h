@@ -1,0 +1,24 @@
+// Reading a file as a whole.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/plinth/AFilePath.h"
+
+namespace vkcl {
+
+struct FileContent {
+  std::unique_ptr<char[]> bytes;  ///< null when the file could not be read
+  std::size_t size = 0;           ///< of the whole block, the headroom included
+};
+
+/// The whole content of a file, behind `headroom` zero bytes at the front of the block for the
+/// caller to fill. `bytes` is null when the file cannot be opened, is a folder, holds more than
+/// `limit` bytes, or gives fewer bytes than its length says. Nothing larger than the file is
+/// allocated, the headroom aside.
+FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom = 0,
+                          std::uint64_t limit = UINT32_MAX);
+
+}  // namespace vkcl

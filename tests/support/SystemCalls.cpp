@@ -1,0 +1,206 @@
+#include "support/SystemCalls.h"
+
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <limits>
+
+#include "platform/plinth/HostFiles.h"
+
+// The plain calls, under another name.
+namespace vkcl::plain_host {
+using namespace vkcl::host;
+}
+#define host plain_host
+#include VKCL_HOST_FILES
+#undef host
+
+namespace vkcl::testing {
+
+struct CallRecorder {
+  static void Add(CallLog& log, const Call& call) { log.calls_.push_back(call); }
+};
+
+namespace {
+
+thread_local CallLog* current_log = nullptr;
+
+struct Plan {
+  bool armed = false;
+  bool reached = false;
+  bool diskFull = false;
+  std::size_t left = 0;
+  Fault fault = Fault::Error;
+};
+thread_local Plan plan;
+
+std::atomic<int> open_handles = 0;
+
+void Record(CallKind kind, std::uint64_t offset = 0, std::uint64_t bytes = 0) {
+  if (current_log != nullptr) CallRecorder::Add(*current_log, {kind, offset, bytes});
+}
+
+// Counts a call; true when it is the one to fail.
+bool IsDue() {
+  if (!plan.armed || plan.reached) return false;
+  if (plan.left-- > 0) return false;
+  plan.reached = true;
+  return true;
+}
+
+std::uint64_t Sum(const auto* slices, std::size_t count) {
+  std::uint64_t sum = 0;
+  for (std::size_t i = 0; i < count; ++i) sum += slices[i].size;
+  return sum;
+}
+
+// A copy of the slices that holds only the first half of their bytes.
+template <class SliceType>
+std::vector<SliceType> Half(const SliceType* slices, std::size_t count) {
+  std::uint64_t left = Sum(slices, count) / 2;
+  std::vector<SliceType> half(slices, slices + count);
+  for (SliceType& slice : half) {
+    slice.size = static_cast<std::size_t>(std::min<std::uint64_t>(slice.size, left));
+    left -= slice.size;
+  }
+  return half;
+}
+
+template <class SliceType, class Transfer>
+std::int64_t Move(CallKind kind, std::uint64_t offset, const SliceType* slices, std::size_t count,
+                  Transfer transfer) {
+  std::int64_t moved = 0;
+  if (kind == CallKind::Write && plan.diskFull) {
+    moved = host::kFailed;
+  } else if (!IsDue()) {
+    moved = transfer(slices, count);
+  } else if (plan.fault == Fault::Interrupted) {
+    moved = host::kInterrupted;
+  } else if (plan.fault == Fault::Short ||
+             (plan.fault == Fault::FullDisk && kind == CallKind::Write)) {
+    plan.diskFull = plan.fault == Fault::FullDisk;
+    const std::vector<SliceType> half = Half(slices, count);
+    moved = transfer(half.data(), half.size());
+  } else if (plan.fault == Fault::Error) {
+    moved = host::kFailed;
+  } else {
+    moved = transfer(slices, count);
+  }
+  // The disk is full for one failing call; what is put back lies within the old file.
+  if (kind == CallKind::Write && plan.diskFull && moved == host::kFailed) plan.diskFull = false;
+  Record(kind, offset, moved > 0 ? static_cast<std::uint64_t>(moved) : 0);
+  return moved;
+}
+
+}  // namespace
+
+CallLog::CallLog() { current_log = this; }
+CallLog::~CallLog() { current_log = nullptr; }
+
+std::size_t CallLog::Count(CallKind kind) const {
+  return static_cast<std::size_t>(std::count_if(
+      calls_.begin(), calls_.end(), [&](const Call& call) { return call.kind == kind; }));
+}
+
+std::uint64_t CallLog::Bytes(CallKind kind) const {
+  std::uint64_t bytes = 0;
+  for (const Call& call : calls_) bytes += call.kind == kind ? call.bytes : 0;
+  return bytes;
+}
+
+std::vector<CallKind> CallLog::Kinds() const {
+  std::vector<CallKind> kinds;
+  for (const Call& call : calls_) kinds.push_back(call.kind);
+  return kinds;
+}
+
+FaultAt::FaultAt(std::size_t which, Fault fault) { plan = Plan{true, false, false, which, fault}; }
+FaultAt::~FaultAt() { plan.armed = false; }
+bool FaultAt::Reached() { return plan.reached; }
+
+int OpenHandles() { return open_handles; }
+
+}  // namespace vkcl::testing
+
+namespace vkcl::host {
+
+using testing::CallKind;
+using testing::Fault;
+
+Handle Open(const char* path, Access access, Creation creation) noexcept {
+  testing::Record(CallKind::Open);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return kNoHandle;
+  const Handle handle = plain_host::Open(path, access, creation);
+  if (handle != kNoHandle) ++testing::open_handles;
+  return handle;
+}
+
+std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
+                    std::size_t count) noexcept {
+  return testing::Move(CallKind::Read, offset, slices, count, [&](const auto* s, std::size_t n) {
+    return plain_host::ReadAt(handle, offset, s, n);
+  });
+}
+
+std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
+                     std::size_t count) noexcept {
+  return testing::Move(CallKind::Write, offset, slices, count, [&](const auto* s, std::size_t n) {
+    return plain_host::WriteAt(handle, offset, s, n);
+  });
+}
+
+std::int64_t Length(Handle handle) noexcept {
+  testing::Record(CallKind::Length);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return -1;
+  return plain_host::Length(handle);
+}
+
+bool SetLength(Handle handle, std::uint64_t length) noexcept {
+  testing::Record(CallKind::SetLength);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::SetLength(handle, length);
+}
+
+bool Close(Handle handle) noexcept {
+  testing::Record(CallKind::Close);
+  const bool due = testing::IsDue();
+  --testing::open_handles;
+  const bool closed = plain_host::Close(handle);
+  const bool fails =
+      due && (testing::plan.fault == Fault::Error || testing::plan.fault == Fault::FailedClose);
+  return closed && !fails;
+}
+
+bool Remove(const char* path) noexcept {
+  testing::Record(CallKind::Remove);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::Remove(path);
+}
+
+bool Exists(const char* path) noexcept {
+  testing::Record(CallKind::Look);
+  return plain_host::Exists(path);
+}
+
+bool IsDirectory(const char* path) noexcept {
+  testing::Record(CallKind::Look);
+  return plain_host::IsDirectory(path);
+}
+
+std::filesystem::path SystemPath(const std::string& path) { return plain_host::SystemPath(path); }
+std::string NarrowPath(const std::filesystem::path& path) { return plain_host::NarrowPath(path); }
+std::string PathFromUtf8(const std::string& path) { return plain_host::PathFromUtf8(path); }
+
+}  // namespace vkcl::host
