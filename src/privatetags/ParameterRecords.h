@@ -1,0 +1,106 @@
+// The plain parameter records of a print set-up. Each fixed record is stored in its tag as its own
+// little-endian image, so the offsets asserted below are the stored format.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/Export.h"
+
+#pragma pack(push, 4)
+
+/// Colour parameters of a print set-up; tag 'QX53'.
+struct VKCL_API VKColorParam {
+  std::int32_t version = 1;
+  std::int32_t size = 1068;  ///< bytes that the tag holds
+  std::int32_t status = 0;   ///< workflow state; 9 to 13 carry the lock state
+  std::int32_t MediaID = 0;
+  char Make[128] = {};   ///< printer make, zero-terminated
+  char Model[128] = {};  ///< printer model
+  char MediaName[128] = {};
+  std::int32_t ResolutionID = 0;
+  float ResolutionX = 0;       ///< horizontal resolution, dots per inch
+  float ResolutionY = 0;       ///< vertical resolution, dots per inch
+  std::int32_t ColorMode = 0;  ///< colour mode of the ink set
+  std::int32_t DriverColorMode = 0;
+  std::int32_t DitherMethod = 0;
+  std::int32_t PrintMode = 0;
+  unsigned char DriverOption[256] = {};  ///< opaque
+  char reservedText1[128] = {};          ///< carried unchanged
+  char reservedText2[128] = {};          ///< carried unchanged
+  char reservedText3[128] = {};          ///< carried unchanged
+};
+
+/// Head of tag 'QX71': the name of the VSD sidecar file that follows it.
+struct VKCL_API VKVSDProfileParam {
+  std::int32_t version = 1;
+  char fileName[128] = {};  ///< last path component; not terminated when it fills the field
+};
+
+/// Opaque block of the host; tag 'QX67'.
+struct VKCL_API VKCompatibilityParam {
+  unsigned char bytes[64] = {};
+};
+
+/// Extra parameters; tag 'QX76'.
+struct VKCL_API VKProfileExtraParam {
+  std::int32_t version = 1;
+  std::int32_t value = 0;
+};
+
+/// Screen angles as text. No tag carries it.
+struct VKCL_API VKAngleScreenParam {
+  char text1[128] = {};
+  char text2[128] = {};
+  char text3[128] = {};
+};
+
+/// Head of every dither table: its length in bytes.
+struct VKCL_API DitherTypeBase {
+  std::uint32_t size = 0;
+};
+
+/// The dither table; its bytes are carried and never interpreted.
+struct VKCL_API DitherTypeV1 : DitherTypeBase {
+  unsigned char table[4112] = {};
+
+  DitherTypeV1() { size = 4116; }
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(float) == 4 && sizeof(double) == 8);
+static_assert(sizeof(VKColorParam) == 1068);
+static_assert(offsetof(VKColorParam, Make) == 16 && offsetof(VKColorParam, Model) == 144 &&
+              offsetof(VKColorParam, MediaName) == 272 &&
+              offsetof(VKColorParam, ResolutionID) == 400 &&
+              offsetof(VKColorParam, ColorMode) == 412 &&
+              offsetof(VKColorParam, DriverOption) == 428 &&
+              offsetof(VKColorParam, reservedText1) == 684 &&
+              offsetof(VKColorParam, reservedText3) == 940);
+static_assert(sizeof(VKVSDProfileParam) == 132 && offsetof(VKVSDProfileParam, fileName) == 4);
+static_assert(sizeof(VKCompatibilityParam) == 64);
+static_assert(sizeof(VKProfileExtraParam) == 8);
+static_assert(sizeof(VKAngleScreenParam) == 384);
+static_assert(sizeof(DitherTypeBase) == 4 && sizeof(DitherTypeV1) == 4116);
+
+/// Dither parameters; tag 'QX66', which holds the table behind a head of 16 bytes.
+struct VKCL_API VKDitherParam {
+  std::int32_t type = 1;          ///< 1 is the only type that has a table
+  std::int32_t size = 16;         ///< bytes that the tag holds: 16, or 4132 with a table
+  DitherTypeV1* table = nullptr;  ///< owned, may be null
+
+  VKDitherParam() = default;
+  ~VKDitherParam();
+  /// Assignment into an empty record.
+  VKDitherParam(const VKDitherParam& other);
+  /// Deliberately partial: of a table of type 1 only the first 8 bytes are taken over (its length
+  /// word and the four bytes behind it, the rest zeros), and the size becomes 24. A record without
+  /// such a table gives size 16 and no table. Assigning a record to itself changes nothing.
+  VKDitherParam& operator=(const VKDitherParam& other);
+
+  /// Replaces the table by a copy of the 4116 bytes of `source`, length word included; 1. The
+  /// record's own table may be given. 0, and no table, for a type other than 1 and for a null
+  /// source; the type is stored, the size stays.
+  int InitDitherParam(const int& newType, DitherTypeBase* source);
+};

@@ -1,0 +1,3 @@
+#include "privatetags/VKPrivateTag.h"
+
+VKPrivateTag::~VKPrivateTag() { delete[] data; }

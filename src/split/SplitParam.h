@@ -1,0 +1,134 @@
+// Ink split records: how each channel is divided between a light, a medium and a dark ink.
+//
+// The records are stored in tag 'QX50' as their own little-endian image (4-byte packing), so the
+// sizes and offsets asserted below are the stored format. Inputs and amounts are fractions from
+// 0.0 to 1.0.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/Export.h"
+
+#pragma pack(push, 4)
+
+/// Head of every split record.
+struct VKCL_API SplitTypeBase {
+  std::uint32_t size = 0;           ///< length of the whole record in bytes
+  std::int32_t colorantIndex = -1;  ///< colorant that the record splits; -1 when not set
+};
+
+/// Version 2: knots and amounts. -1.0 marks a knot that is not set.
+struct VKCL_API SplitTypeV2 : SplitTypeBase {
+  float reserved = -1.0f;
+  float lightPeakInput = -1.0f;  ///< input at which the light ink peaks
+  float lightEndInput = -1.0f;   ///< input at which the light ink is back at 0
+  float mediumPeakInput = -1.0f;
+  float mediumEndInput = -1.0f;
+  float lightPeakAmount = -1.0f;
+  float mediumPeakAmount = -1.0f;
+  float darkAmount = -1.0f;      ///< dark ink where the last lighter ink ends
+  float lightTailAmount = 0.0f;  ///< light ink kept up to the top; 0 for none
+  float lightPeakShape = 0.0f;
+  float lightEndShape = 0.0f;
+  float mediumTailAmount = 0.0f;  ///< medium ink kept up to the top; 0 for none
+  float mediumStartShape = 0.0f;
+  float mediumPeakShape = 0.0f;
+  float mediumEndShape = 0.0f;
+  float darkStartShape = 0.0f;
+  float darkEndShape = 0.0f;
+
+  SplitTypeV2() { size = 76; }
+};
+
+/// One point of a version 3 curve.
+struct VKCL_API SplitDotInfo {
+  float input = 0.0f;
+  float amount = 0.0f;
+};
+
+/// One point of a version 4 curve.
+struct VKCL_API SplitDotInfo2 {
+  float input = 0.0f;
+  float amount = 0.0f;
+  float shape = 0.0f;
+};
+
+/// Version 3: three curves of up to 256 points. Points behind a curve's count are zeros.
+struct VKCL_API SplitTypeV3 : SplitTypeBase {
+  SplitDotInfo light[256];
+  SplitDotInfo medium[256];
+  SplitDotInfo dark[256];
+  std::int32_t lightCount = 0;  ///< points used in `light`
+  std::int32_t mediumCount = 0;
+  std::int32_t darkCount = 0;
+  std::int32_t interpolation = 0;  ///< kind of interpolation, decided by the consumer
+
+  SplitTypeV3() { size = 6168; }
+  explicit SplitTypeV3(const SplitTypeV2& v2);
+};
+
+/// Version 4: three curves of up to 256 points with a shape each.
+struct VKCL_API SplitTypeV4 : SplitTypeBase {
+  SplitDotInfo2 light[256];
+  SplitDotInfo2 medium[256];
+  SplitDotInfo2 dark[256];
+  std::int32_t lightCount = 0;
+  std::int32_t mediumCount = 0;
+  std::int32_t darkCount = 0;
+  std::int32_t interpolation = 0;
+
+  SplitTypeV4() { size = 9240; }
+  /// Deliberately not the conversion through version 3: tails and shapes are kept, and a medium
+  /// curve without a light one starts at input 0.
+  explicit SplitTypeV4(const SplitTypeV2& v2);
+  /// Shapes are 0. Counts outside 0 to 256 are taken as 0 or 256.
+  explicit SplitTypeV4(const SplitTypeV3& v3);
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(SplitTypeBase) == 8 && sizeof(SplitTypeV2) == 76);
+static_assert(sizeof(SplitDotInfo) == 8 && sizeof(SplitDotInfo2) == 12);
+static_assert(sizeof(SplitTypeV3) == 6168 && sizeof(SplitTypeV4) == 9240);
+
+/// The split records of one ink set, all of one version; tag 'QX50'.
+struct VKCL_API SplitParam {
+  std::int32_t version = 4;         ///< version of every record: 2, 3 or 4
+  std::int32_t size = 20;           ///< bytes that the tag holds: 20 + count x record size
+  std::int32_t count = 0;           ///< number of records
+  SplitTypeBase* splits = nullptr;  ///< owned, first of an array of records of that version
+
+  SplitParam() = default;
+  ~SplitParam();
+  /// Deep copies. Assigning a set to itself changes nothing.
+  SplitParam(const SplitParam& other);
+  SplitParam& operator=(const SplitParam& other);
+
+  /// Replaces the records by copies of `newCount` records of `newVersion`; 1. For a version other
+  /// than 2, 3 and 4 the result is 0: version and count are stored and no records are left. A
+  /// negative count, null records and a set too large for its size field are refused with 0 and
+  /// change nothing.
+  int InitSplitParam(long newVersion, int newCount, SplitTypeBase* records);
+
+  /// Replaces version 2 records by version 3 ones. Other versions, and a set without records, are
+  /// left alone.
+  void ConvertToV3();
+  /// Replaces version 2 or 3 records by version 4 ones.
+  void ConvertToV4();
+
+  /// Length of one record of a version; 0 for a version other than 2, 3 and 4.
+  static std::size_t RecordSize(long version);
+  /// An array of `count` default records of a version; null for other versions, for a negative
+  /// count, and when memory is short.
+  static SplitTypeBase* NewRecords(long version, int count);
+  /// Releases an array of records; nothing happens for a version other than 2, 3 and 4.
+  static void DeleteRecords(long version, SplitTypeBase* records);
+};
+
+/// `count` default records; null when memory is short or the count negative. The caller owns the
+/// array for the life of the process.
+VKCL_API SplitTypeV2* NewSplitTypeV2Array(int count);
+/// Releases nothing: only a null pointer is released. Deliberate, and relied upon by callers that
+/// go on using the array.
+VKCL_API void FreeSplitTypeV2Array(SplitTypeV2* array);
