@@ -1,0 +1,239 @@
+#include "profile/FileRewrite.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "platform/plinth/AFile.h"
+
+namespace vkcl {
+namespace {
+
+constexpr std::uint64_t kLongestFile = UINT32_MAX;  // what the header's size field can tell
+
+struct Range {
+  std::uint64_t begin;
+  std::uint64_t end;
+};
+
+std::uint64_t EndOf(const FilePiece& piece) { return piece.at + piece.length; }
+
+// The part of a piece that lies within a range of the new file; empty when there is none.
+FilePiece Clip(const FilePiece& piece, const Range& range) {
+  const std::uint64_t begin = std::max(piece.at, range.begin);
+  const std::uint64_t end = std::min(EndOf(piece), range.end);
+  if (begin >= end) return {begin, 0, piece.bytes, piece.from};
+  const std::uint64_t skipped = begin - piece.at;
+  const void* bytes =
+      piece.bytes != nullptr ? static_cast<const std::byte*>(piece.bytes) + skipped : nullptr;
+  return {begin, end - begin, bytes, piece.from + skipped};
+}
+
+bool StandsBefore(const FilePiece& a, const FilePiece& b) { return a.at < b.at; }
+
+bool Overlap(const FilePiece& a, const FilePiece& b) { return EndOf(a) > b.at; }
+
+// Cuts out of each part what lies under `cover`.
+std::vector<FilePiece> Uncovered(const std::vector<FilePiece>& parts, const FilePiece& cover) {
+  std::vector<FilePiece> left;
+  for (const FilePiece& part : parts) {
+    left.push_back(Clip(part, {0, cover.at}));
+    left.push_back(Clip(part, {EndOf(cover), UINT64_MAX}));
+  }
+  std::erase_if(left, [](const FilePiece& part) { return part.length == 0; });
+  return left;
+}
+
+// What is visible of each piece when the later ones lie over the earlier ones: disjoint pieces in
+// the order of the file.
+std::vector<FilePiece> Visible(std::vector<FilePiece> pieces) {
+  std::erase_if(pieces, [](const FilePiece& piece) { return piece.length == 0; });
+  std::vector<FilePiece> shown = pieces;
+  std::sort(shown.begin(), shown.end(), StandsBefore);
+  if (std::adjacent_find(shown.begin(), shown.end(), Overlap) == shown.end()) return shown;
+
+  shown.clear();
+  for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
+    std::vector<FilePiece> parts = {*piece};
+    for (const FilePiece& cover : shown) parts = Uncovered(parts, cover);
+    shown.insert(shown.end(), parts.begin(), parts.end());
+  }
+  std::sort(shown.begin(), shown.end(), StandsBefore);
+  return shown;
+}
+
+// Joins ranges that overlap or touch.
+std::vector<Range> Joined(std::vector<Range> ranges) {
+  std::erase_if(ranges, [](const Range& range) { return range.begin >= range.end; });
+  std::sort(ranges.begin(), ranges.end(),
+            [](const Range& a, const Range& b) { return a.begin < b.begin; });
+  std::vector<Range> joined;
+  for (const Range& range : ranges) {
+    if (joined.empty() || range.begin > joined.back().end) {
+      joined.push_back(range);
+    } else {
+      joined.back().end = std::max(joined.back().end, range.end);
+    }
+  }
+  return joined;
+}
+
+// One rewrite of one file, from opening to closing.
+class Rewrite {
+ public:
+  Rewrite(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end)
+      : path_(path), pieces_(Visible(pieces)), end_(end) {}
+
+  bool Run(FileOrigin origin);
+  std::uint64_t newLength() const { return newLength_; }
+
+ private:
+  struct Kept {
+    Range range;
+    std::unique_ptr<std::uint8_t[]> bytes;
+  };
+
+  bool Open(FileOrigin origin);
+  bool Plan();
+  std::vector<Range> NeededRanges() const;
+  bool ReadNeeded();
+  bool Write();
+  bool WriteRange(const Range& range);
+  const void* BytesOf(const FilePiece& piece) const;
+  void PutBack();
+
+  const AFilePath& path_;
+  std::vector<FilePiece> pieces_;
+  FileEnd end_;
+  AFile file_;
+  bool created_ = false;
+  std::uint64_t oldLength_ = 0;
+  std::uint64_t newLength_ = 0;
+  std::vector<Kept> kept_;
+  std::vector<host::Slice> slices_;
+};
+
+bool Rewrite::Open(FileOrigin origin) {
+  if (file_.open(path_, AFile::ReadWrite)) return true;
+  created_ = origin == FileOrigin::Any && file_.open(path_, AFile::ReadWrite | AFile::New);
+  return created_;
+}
+
+bool Rewrite::Plan() {
+  const std::int64_t length = file_.length();
+  if (length < 0) return false;
+  oldLength_ = static_cast<std::uint64_t>(length);
+  newLength_ = end_ == FileEnd::Keep ? oldLength_ : 0;
+  for (const FilePiece& piece : pieces_) {
+    newLength_ = std::max(newLength_, EndOf(piece));
+    if (piece.bytes == nullptr && piece.from + piece.length > oldLength_) return false;
+  }
+  if (newLength_ > kLongestFile) return false;
+  // What stays where it is has been checked, and is neither read nor written.
+  std::erase_if(pieces_, [](const FilePiece& piece) {
+    return piece.bytes == nullptr && piece.from == piece.at;
+  });
+  slices_.reserve(2 * pieces_.size());
+  return true;
+}
+
+// What is moved, overwritten or cut off.
+std::vector<Range> Rewrite::NeededRanges() const {
+  std::vector<Range> ranges;
+  for (const FilePiece& piece : pieces_) {
+    ranges.push_back({piece.at, std::min(EndOf(piece), oldLength_)});
+    if (piece.bytes == nullptr) ranges.push_back({piece.from, piece.from + piece.length});
+  }
+  ranges.push_back({newLength_, oldLength_});
+  return Joined(std::move(ranges));
+}
+
+bool Rewrite::ReadNeeded() {
+  for (const Range& range : NeededRanges()) {
+    const auto size = static_cast<std::size_t>(range.end - range.begin);
+    kept_.push_back({range, std::unique_ptr<std::uint8_t[]>(new std::uint8_t[size])});
+    host::MutableSlice slice = {kept_.back().bytes.get(), size};
+    if (file_.readAt(range.begin, {&slice, 1}) != size) return false;
+  }
+  return true;
+}
+
+const void* Rewrite::BytesOf(const FilePiece& piece) const {
+  if (piece.bytes != nullptr) return piece.bytes;
+  const auto holder = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& kept) {
+    return piece.from >= kept.range.begin && piece.from < kept.range.end;
+  });
+  return holder->bytes.get() + (piece.from - holder->range.begin);
+}
+
+// Writes what the pieces put into a range of the new file, one transfer for each run of pieces
+// that follow one another.
+bool Rewrite::WriteRange(const Range& range) {
+  std::uint64_t start = 0;
+  std::uint64_t next = 0;
+  slices_.clear();
+  const auto flush = [&] {
+    const bool written = file_.writeAt(start, slices_) == next - start;
+    slices_.clear();
+    return written;
+  };
+  for (const FilePiece& whole : pieces_) {
+    const FilePiece piece = Clip(whole, range);
+    if (piece.length == 0) continue;
+    if (!slices_.empty() && piece.at != next && !flush()) return false;
+    if (slices_.empty()) start = piece.at;
+    slices_.push_back({BytesOf(piece), static_cast<std::size_t>(piece.length)});
+    next = EndOf(piece);
+  }
+  return slices_.empty() || flush();
+}
+
+bool Rewrite::Write() {
+  return WriteRange({oldLength_, UINT64_MAX}) && WriteRange({0, oldLength_}) &&
+         (newLength_ >= oldLength_ || file_.setLength(newLength_)) && file_.close();
+}
+
+void Rewrite::PutBack() {
+  if (created_) {
+    file_.close();
+    path_.remove();
+    return;
+  }
+  if (!file_.isOpen() && !file_.open(path_, AFile::Write)) return;
+  for (const Kept& kept : kept_) {
+    host::Slice slice = {kept.bytes.get(),
+                         static_cast<std::size_t>(kept.range.end - kept.range.begin)};
+    file_.writeAt(kept.range.begin, {&slice, 1});
+  }
+  file_.setLength(oldLength_);
+  file_.close();
+}
+
+bool Rewrite::Run(FileOrigin origin) {
+  if (!Open(origin)) return false;
+  bool ready = false;
+  try {
+    ready = Plan() && ReadNeeded();
+  } catch (...) {
+    ready = false;  // memory is short; nothing has been written
+  }
+  if (!ready) {
+    file_.close();
+    if (created_) path_.remove();
+    return false;
+  }
+  if (Write()) return true;
+  PutBack();
+  return false;
+}
+
+}  // namespace
+
+bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,
+                 FileOrigin origin, std::uint64_t& newLength) {
+  Rewrite rewrite(path, pieces, end);
+  if (!rewrite.Run(origin)) return false;
+  newLength = rewrite.newLength();
+  return true;
+}
+
+}  // namespace vkcl

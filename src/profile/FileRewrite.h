@@ -1,0 +1,44 @@
+// Rewriting parts of a file so that a failure leaves the file as it was.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/plinth/AFilePath.h"
+
+namespace vkcl {
+
+/// A piece of the file as it is to become: `length` bytes that stand at `at`, taken from memory,
+/// or, where `bytes` is null, from the file as it was, beginning at `from`.
+struct FilePiece {
+  std::uint64_t at;
+  std::uint64_t length;
+  const void* bytes;
+  std::uint64_t from;
+};
+
+enum class FileEnd {
+  Keep,  ///< the file only grows; what no piece covers stays
+  Cut,   ///< the file ends with the piece that ends last
+};
+
+enum class FileOrigin {
+  Existing,  ///< the file must exist
+  Any,       ///< a missing file is created
+};
+
+/// Applies `pieces` to the file at `path`; where two overlap, the later one holds. Each byte that
+/// moves, or is lost, is read once, and each byte that changes is written once. What lies behind
+/// the old end is written first, so that a full disk is found before anything is overwritten.
+///
+/// True when the file has its new content, and `newLength` its length. False when it could not be
+/// opened, does not hold what a piece takes from it, would exceed 2^32 - 1 bytes, or a transfer,
+/// the change of length or the close failed: then the old bytes and the old length are put back
+/// (a file that was created is removed). Should putting back fail too, as on a medium that has
+/// died, the file is left as far as that got.
+///
+/// Memory: the bytes that are overwritten or moved, once.
+bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,
+                 FileOrigin origin, std::uint64_t& newLength);
+
+}  // namespace vkcl

@@ -1,0 +1,364 @@
+// Writing tags. The file that every writer produces, and takes to be there, numbers big-endian:
+//
+//        0  header, 128 bytes; its size field is the length of the file
+//      128  tag count
+//      132  tag table, 12 bytes an entry: signature, offset, size
+//   132 + 12 x count   the data region: each tag on a multiple of 4, in table order
+//
+// A private tag is a 'data' tag: 'data', four zero bytes, flag 1 (binary), payload; its size is
+// payload + 12, and zeros fill it up to the next multiple of 4.
+//
+// A writer states the new file as pieces (FileRewrite.h): a head from memory, what moves of the
+// data region, the new tags. Offsets are followed as the table has them, also where tag data do not
+// lie in table order; vkcl::ArrangeTagData (TagLayout.h) brings such a file into order first.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "platform/Bytes.h"
+#include "platform/Guarded.h"
+#include "platform/plinth/AFile.h"
+#include "platform/plinth/ATime.h"
+#include "profile/FileRewrite.h"
+#include "profile/VKCLProfile.h"
+
+using vkcl::FileEnd;
+using vkcl::FileOrigin;
+using vkcl::FilePiece;
+using vkcl::PadTo4;
+
+namespace {
+
+constexpr std::uint32_t kTableStart = 132;
+constexpr std::uint32_t kEntrySize = 12;
+constexpr std::uint32_t kDataHead = 12;
+constexpr std::uint32_t kBinaryData = 1;
+constexpr std::uint64_t kMost = UINT32_MAX;
+
+constexpr std::uint64_t HeadSize(std::uint64_t count) { return kTableStart + kEntrySize * count; }
+
+FilePiece FromMemory(std::uint64_t at, const std::vector<char>& bytes) {
+  return {at, bytes.size(), bytes.data(), 0};
+}
+
+FilePiece Moved(std::uint64_t from, std::uint64_t length, std::uint64_t to) {
+  return {to, length, nullptr, from};
+}
+
+bool CanStore(const void* data, std::uint64_t length) {
+  return (data != nullptr || length == 0) && length <= kMost - kDataHead;
+}
+
+// Moves entries back by `distance`. False when an offset no longer fits its field.
+bool Shift(std::vector<icTag>& table, std::uint64_t distance) {
+  return std::all_of(table.begin(), table.end(), [&](icTag& tag) {
+    const std::uint64_t moved = tag.offset + distance;
+    tag.offset = static_cast<std::uint32_t>(moved);
+    return moved <= kMost;
+  });
+}
+
+// Lays the entries from `first` on one behind the other, after the entry before them. False when
+// an offset no longer fits its field.
+bool Chain(std::vector<icTag>& table, std::size_t first) {
+  for (std::size_t i = first; i < table.size(); ++i) {
+    const std::uint64_t offset = table[i - 1].offset + PadTo4(table[i - 1].size);
+    if (offset > kMost) return false;
+    table[i].offset = static_cast<std::uint32_t>(offset);
+  }
+  return true;
+}
+
+icColorSpaceSignature SpaceOfChannels(int channels) {
+  if (channels == 3) return icSigRgbData;
+  if (channels == 4) return icSigCmykData;
+  const std::uint32_t digit = channels <= 9 ? 0x30u + static_cast<std::uint32_t>(channels)
+                                            : 0x37u + static_cast<std::uint32_t>(channels);
+  return static_cast<icColorSpaceSignature>(digit << 24 | 0x434C52u);  // '?CLR'
+}
+
+// D50 as it has always been stored here: the fraction times 65535, not 65536, truncated; the
+// integer part stands in the high 16 bits.
+constexpr std::int32_t StoredFraction(double value) {
+  const int whole = static_cast<int>(value);
+  return whole * 65536 + static_cast<std::int32_t>((value - whole) * 65535.0);
+}
+static_assert(StoredFraction(0.9642) == 0xF6D4 && StoredFraction(1.0) == 0x10000 &&
+              StoredFraction(0.8249) == 0xD32B);
+
+}  // namespace
+
+void VKCLProfile::WriteTagTableEntry(void* dest, const icTag* tag) {
+  auto* bytes = static_cast<char*>(dest);
+  vkcl::StoreBig32(bytes, tag->sig);
+  vkcl::StoreBig32(bytes + 4, tag->offset);
+  vkcl::StoreBig32(bytes + 8, tag->size);
+}
+
+// Writes entries at the cursor and moves it behind them.
+void VKCLProfile::WriteTagTable(void** cursor, const icTag* tags, unsigned long count) {
+  auto* bytes = static_cast<char*>(*cursor);
+  for (unsigned long i = 0; i < count; ++i, bytes += kEntrySize) {
+    WriteTagTableEntry(bytes, &tags[i]);
+  }
+  *cursor = bytes;
+}
+
+// Writes a 'data' tag and its padding at the cursor and moves it behind them; `written`, when
+// given, receives the padded length.
+void VKCLProfile::WriteDataType(void** cursor, const void* data, unsigned long length,
+                                unsigned long* written) {
+  auto* bytes = static_cast<char*>(*cursor);
+  const unsigned long padded = GetPadSize(length + kDataHead);
+  vkcl::StoreBig32(bytes, icSigDataType);
+  vkcl::StoreBig32(bytes + 4, 0);
+  vkcl::StoreBig32(bytes + 8, kBinaryData);
+  if (length > 0) std::memcpy(bytes + kDataHead, data, length);
+  const unsigned long used = kDataHead + length;
+  std::memset(bytes + used, 0, padded - used);
+  if (written != nullptr) *written = padded;
+  *cursor = bytes + padded;
+}
+
+// Header, count and table as they stand in the file.
+std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
+                                         const std::vector<icTag>& table) {
+  std::vector<char> head(HeadSize(table.size()));
+  icHeader fileHeader = newHeader;
+  ReverseICCHeader(&fileHeader);
+  std::memcpy(head.data(), &fileHeader, sizeof fileHeader);
+  vkcl::StoreBig32(head.data() + sizeof fileHeader, static_cast<std::uint32_t>(table.size()));
+  void* cursor = head.data() + kTableStart;
+  WriteTagTable(&cursor, table.data(), static_cast<unsigned long>(table.size()));
+  return head;
+}
+
+// The table with the sizes that the file has, also after an update that failed. False without a
+// table, and when the header's size leaves no room for it.
+bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
+  if (tagTable == nullptr || header.size < HeadSize(tagCount)) return false;
+  table.assign(tagTable, tagTable + tagCount);
+  for (const auto& [index, size] : sizesInFile_) {
+    if (index < tagCount) table[index].size = size;
+  }
+  return true;
+}
+
+// Applies the pieces behind a head that is built here, and then brings the object up to date.
+int VKCLProfile::Rewrite(const std::vector<FilePiece>& body, bool cut, std::uint64_t newSize,
+                         std::vector<icTag>& table) {
+  if (newSize > kMost) return 0;
+  icHeader newHeader = header;
+  newHeader.size = static_cast<std::uint32_t>(newSize);
+  const std::vector<char> head = BuildHead(newHeader, table);
+  std::vector<FilePiece> pieces = {FromMemory(0, head)};
+  pieces.insert(pieces.end(), body.begin(), body.end());
+  std::unique_ptr<icTag[]> newTable(new icTag[table.size()]);
+  std::copy(table.begin(), table.end(), newTable.get());
+
+  std::uint64_t newLength = 0;
+  if (!vkcl::RewriteFile(filePath, pieces, cut ? FileEnd::Cut : FileEnd::Keep, FileOrigin::Existing,
+                         newLength)) {
+    return 0;
+  }
+  delete[] tagTable;
+  tagTable = newTable.release();
+  tagCount = static_cast<std::uint32_t>(table.size());
+  header.size = newHeader.size;
+  fileLength_ = newLength;
+  sizesInFile_.clear();
+  return 1;
+}
+
+int VKCLProfile::WriteVKPrivateTag(VKPrivateTagSignature sig, const void* data,
+                                   unsigned long length) {
+  if (!CanStore(data, length)) return 0;
+  icTag tag = {static_cast<icTagSignature>(sig), 144,
+               static_cast<std::uint32_t>(length) + kDataHead};
+  return vkcl::Guarded([&] {
+    if (valid == 0) return CreateDummyICC(&tag, data);
+    unsigned long index = 0;
+    return GetTagIndex(tag, index) != 0 ? UpdateVKPrivateTag(static_cast<int>(index), data, length)
+                                        : AddVKPrivateTag(sig, data, length);
+  });
+}
+
+int VKCLProfile::WriteVKPrivateTag(const VKPrivateTag* tag) {
+  return tag != nullptr ? WriteVKPrivateTag(tag->signature, tag->data, tag->size) : 0;
+}
+
+int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long length) {
+  const auto position = static_cast<std::uint32_t>(index);
+  const auto newSize = static_cast<std::uint32_t>(length) + kDataHead;
+  const bool sizeIsStored =
+      std::none_of(sizesInFile_.begin(), sizesInFile_.end(),
+                   [&](const auto& failed) { return failed.first == position; });
+  icTag& entry = tagTable[position];
+  if (entry.size == newSize && sizeIsStored) return OverwriteTag(entry, data);
+
+  // From here on the object tells the new size, also when the update fails: a deliberate
+  // asymmetry. The size in the file is remembered, so that a later write is laid out by it.
+  if (sizeIsStored) sizesInFile_.emplace_back(position, entry.size);
+  entry.size = newSize;
+  return RebuildFrom(position, data, static_cast<std::uint32_t>(length));
+}
+
+// Puts a payload of the same length in the place of the old one. A write that fails leaves the
+// old bytes; only a medium that dies in the middle of it can leave a mixture, for nothing is read
+// here that could be put back.
+int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
+  if (!FileHolds(entry)) return 0;
+  std::vector<char> tag(PadTo4(entry.size));
+  void* cursor = tag.data();
+  WriteDataType(&cursor, data, entry.size - kDataHead, nullptr);
+  AFile file;
+  if (!file.open(filePath, AFile::Write) || !file.seek(entry.offset)) return 0;
+  const bool written = file.write(tag.data(), tag.size()) == tag.size();
+  return file.close() && written ? 1 : 0;
+}
+
+// Replaces a tag by one of another length. The entries before it keep their places; those behind
+// it are laid out anew.
+int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_t length) {
+  std::vector<icTag> table;
+  if (!TableInFile(table)) return 0;
+  const std::uint64_t regionStart = HeadSize(tagCount);
+  const bool isFirst = index == 0;
+  const bool isLast = index + 1 == tagCount;
+  const std::uint64_t oldPadded = PadTo4(table[index].size);
+  // The first tag follows the table at once: bytes that lay between are not carried over.
+  const std::uint64_t tagStart = isFirst ? regionStart : table[index].offset;
+  const std::uint64_t restFrom = isLast ? header.size : table[index + 1].offset;
+  if (tagStart < regionStart || tagStart > header.size) return 0;
+  if (restFrom < regionStart || restFrom > header.size) return 0;
+  if (!FileHolds(table[index])) return 0;
+
+  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
+  void* cursor = tag.data();
+  WriteDataType(&cursor, data, length, nullptr);
+  table[index].size = length + kDataHead;
+  if (!Chain(table, index + 1)) return 0;
+  const std::uint64_t grown = header.size + tag.size();
+  if (grown < oldPadded) return 0;
+  const FilePiece rest = Moved(restFrom, header.size - restFrom, tagStart + tag.size());
+  // The data region is read by the size of the header: what it announces must be there.
+  const FilePiece prefix = Moved(regionStart, tagStart - regionStart, regionStart);
+  return Rewrite({prefix, FromMemory(tagStart, tag), rest}, true, grown - oldPadded, table);
+}
+
+// Appends an entry and a tag. The table grows by 12 bytes, so everything behind it moves back by
+// as much.
+int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
+                                 unsigned long length) {
+  std::vector<icTag> table;
+  if (!TableInFile(table)) return 0;
+  if (!table.empty() && !FileHolds({table.front().sig, table.front().offset, 0})) return 0;
+  if (!Shift(table, kEntrySize)) return 0;
+  const std::uint64_t tagStart = std::uint64_t{header.size} + kEntrySize;
+  if (tagStart > kMost) return 0;
+  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
+  void* cursor = tag.data();
+  WriteDataType(&cursor, data, length, nullptr);
+  table.push_back({static_cast<icTagSignature>(sig), static_cast<std::uint32_t>(tagStart),
+                   static_cast<std::uint32_t>(length) + kDataHead});
+  if (table.front().offset < HeadSize(table.size())) return 0;  // data within the table
+  const std::uint64_t regionStart = HeadSize(tagCount);
+  const FilePiece region = Moved(regionStart, header.size - regionStart, table.front().offset);
+  return Rewrite({region, FromMemory(tagStart, tag)}, false, tagStart + tag.size(), table);
+}
+
+int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
+  if (valid == 0 || tags == nullptr || count <= 0) return 0;
+  return vkcl::Guarded([&] {
+    const auto added = static_cast<std::size_t>(count);
+    std::vector<icTag> table;
+    if (!TableInFile(table)) return 0;
+    const std::uint64_t distance = std::uint64_t{kEntrySize} * added;
+    // Without a tag the data region is all that lies behind the count.
+    const std::uint64_t regionStart = table.empty() ? kTableStart : table.front().offset;
+    if (regionStart < HeadSize(tagCount) || regionStart > header.size) return 0;
+    if (!table.empty() && !FileHolds(table.back())) return 0;  // the new tags follow the last one
+    if (!Shift(table, distance)) return 0;
+    for (std::size_t i = 0; i < added; ++i) {
+      if (!CanStore(tags[i].data, tags[i].size)) return 0;
+      table.push_back(
+          {static_cast<icTagSignature>(tags[i].signature), 0, tags[i].size + kDataHead});
+    }
+    if (tagCount == 0) {
+      const std::uint64_t firstStart = header.size + distance;
+      if (firstStart > kMost) return 0;
+      table.front().offset = static_cast<std::uint32_t>(firstStart);
+    }
+    if (!Chain(table, std::max<std::size_t>(tagCount, 1))) return 0;
+
+    std::vector<FilePiece> body = {
+        Moved(regionStart, header.size - regionStart, regionStart + distance)};
+    std::uint64_t newSize = header.size + distance;
+    std::vector<std::vector<char>> blocks;
+    blocks.reserve(added);
+    for (std::size_t i = 0; i < added; ++i) {
+      blocks.emplace_back(PadTo4(std::uint64_t{tags[i].size} + kDataHead));
+      void* cursor = blocks.back().data();
+      WriteDataType(&cursor, tags[i].data, tags[i].size, nullptr);
+      body.push_back(FromMemory(table[tagCount + i].offset, blocks.back()));
+      newSize += blocks.back().size();
+    }
+    return Rewrite(body, false, newSize, table);
+  });
+}
+
+icHeader VKCLProfile::DummyHeader(int channels, std::uint32_t tagSize) {
+  const ATime now;
+  const auto number = [](int value) { return static_cast<std::uint16_t>(value); };
+  icHeader made = {};
+  made.size = static_cast<std::uint32_t>(PadTo4(tagSize)) + 144;
+  made.cmmId = icSignature("Lino");
+  made.version = 0x02000000;
+  made.deviceClass = icSigOutputClass;
+  made.colorSpace = SpaceOfChannels(channels);
+  made.pcs = icSigLabData;
+  made.date = {number(now.year()), number(now.month()),  number(now.day()),
+               number(now.hour()), number(now.minute()), number(now.second())};
+  made.magic = icMagicNumber;
+  made.platform = icSigMicrosoft;
+  made.illuminant = {StoredFraction(0.9642), StoredFraction(1.0), StoredFraction(0.8249)};
+  made.creator = icSignature("QXCR");
+  return made;
+}
+
+// Whether the file is, or may be, a profile after all: one that has come since this object was
+// loaded, or that could not be loaded for want of memory or handles. It must not be thrown away.
+bool VKCLProfile::IsProfileNow() const {
+  VKCLProfile now(filePath, channelCount);
+  now.filePath = AFilePath();  // it must not take a ".tmp" file with it
+  AFile probe;
+  return now.valid != 0 || (!probe.open(filePath, AFile::Read) && filePath.exists());
+}
+
+// Makes a minimal output profile of one tag.
+int VKCLProfile::CreateDummyICC(icTag* tag, const void* data) {
+  if (valid != 0 || channelCount < 3 || channelCount > 16) return 0;
+  if (PadTo4(tag->size) + 144 > kMost) return 0;
+  if (IsProfileNow()) return 0;
+
+  const icHeader made = DummyHeader(channelCount, tag->size);
+  const std::vector<char> head = BuildHead(made, {*tag});
+  std::vector<char> block(PadTo4(tag->size));
+  void* cursor = block.data();
+  WriteDataType(&cursor, data, tag->size - kDataHead, nullptr);
+  std::unique_ptr<icTag[]> newTable(new icTag[1]{*tag});
+  std::uint64_t newLength = 0;
+  if (!vkcl::RewriteFile(filePath, {FromMemory(0, head), FromMemory(head.size(), block)},
+                         FileEnd::Cut, FileOrigin::Any, newLength)) {
+    return 0;
+  }
+  delete[] tagTable;
+  tagTable = newTable.release();
+  tagCount = 1;
+  header = made;
+  fileLength_ = newLength;
+  sizesInFile_.clear();
+  valid = 1;
+  return 1;
+}

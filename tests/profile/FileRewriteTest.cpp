@@ -1,0 +1,172 @@
+#include "profile/FileRewrite.h"
+
+#include "support/SystemCalls.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using vkcl::FileEnd;
+using vkcl::FileOrigin;
+using vkcl::FilePiece;
+using vkcl::RewriteFile;
+using vkcl::testing::Bytes;
+using vkcl::testing::CallKind;
+using vkcl::testing::CallLog;
+using vkcl::testing::Fault;
+using vkcl::testing::FaultAt;
+using vkcl::testing::ReadFile;
+using vkcl::testing::TempDir;
+
+// Of a literal: a piece refers to its bytes.
+template <std::size_t size>
+FilePiece Text(std::uint64_t at, const char (&literal)[size]) {
+  return {at, size - 1, literal, 0};
+}
+
+FilePiece Move(std::uint64_t from, std::uint64_t length, std::uint64_t to) {
+  return {to, length, nullptr, from};
+}
+
+Bytes BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+std::string Rewritten(const std::string& before, const std::vector<FilePiece>& pieces,
+                      FileEnd end) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", BytesOf(before));
+  std::uint64_t length = 0;
+  if (!RewriteFile(path, pieces, end, FileOrigin::Existing, length)) return "refused";
+  const Bytes after = ReadFile(path);
+  EXPECT_EQ(after.size(), length);
+  return {after.begin(), after.end()};
+}
+
+TEST(FileRewrite, MovesAndWrites) {
+  EXPECT_EQ(Rewritten("HHabcdef", {Text(0, "hhh"), Move(2, 6, 3), Text(9, "NEW")}, FileEnd::Keep),
+            "hhhabcdefNEW");
+}
+
+TEST(FileRewrite, KeepsOrCutsTheEnd) {
+  EXPECT_EQ(Rewritten("abcdefgh", {Text(0, "xy")}, FileEnd::Keep), "xycdefgh");
+  EXPECT_EQ(Rewritten("abcdefgh", {Text(0, "xy"), Move(6, 2, 2)}, FileEnd::Cut), "xygh");
+}
+
+TEST(FileRewrite, LaterPiecesLieOverEarlierOnes) {
+  EXPECT_EQ(Rewritten("abcdef", {Text(0, "11111111"), Text(2, "22"), Text(3, "3")}, FileEnd::Cut),
+            "11231111");
+  EXPECT_EQ(Rewritten("abcdef", {Text(2, "22"), Text(0, "111111")}, FileEnd::Cut), "111111");
+  EXPECT_EQ(Rewritten("abcdef", {Move(0, 6, 2), Text(4, "X")}, FileEnd::Keep), "ababXdef");
+}
+
+TEST(FileRewrite, MovesOverlapInBothDirections) {
+  EXPECT_EQ(Rewritten("abcdef", {Move(0, 6, 1)}, FileEnd::Keep), "aabcdef");
+  EXPECT_EQ(Rewritten("abcdef", {Move(1, 5, 0)}, FileEnd::Cut), "bcdef");
+}
+
+TEST(FileRewrite, FillsAGapWithZeros) {
+  EXPECT_EQ(Rewritten("ab", {Text(4, "x")}, FileEnd::Keep), std::string("ab\0\0x", 5));
+}
+
+TEST(FileRewrite, RefusesWhatTheFileDoesNotHold) {
+  EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Move(1, 3, 1)}, FileEnd::Keep), "refused");
+  EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Move(4, 1, 1)}, FileEnd::Keep), "refused");
+  // A piece that would stay where it is asks for its bytes, too.
+  EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Move(2, 2, 2)}, FileEnd::Keep), "refused");
+}
+
+TEST(FileRewrite, RefusesAFileLongerThanItsSizeFieldCanTell) {
+  EXPECT_EQ(Rewritten("abc", {Text(0xFFFFFFFFu, "x")}, FileEnd::Keep), "refused");
+  EXPECT_EQ(Rewritten("abc", {Text(UINT64_MAX - 1, "x")}, FileEnd::Keep), "refused");
+}
+
+TEST(FileRewrite, ReadsAndWritesEachByteOnce) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", BytesOf("HHHHabcdefghTAIL"));
+  const CallLog log;
+  std::uint64_t length = 0;
+  ASSERT_TRUE(RewriteFile(path, {Text(0, "hhhh"), Move(4, 8, 4), Text(12, "new "), Move(12, 4, 16)},
+                          FileEnd::Cut, FileOrigin::Existing, length));
+  EXPECT_EQ(log.Kinds(), (std::vector<CallKind>{CallKind::Open, CallKind::Length, CallKind::Read,
+                                                CallKind::Read, CallKind::Write, CallKind::Write,
+                                                CallKind::Write, CallKind::Close}));
+  EXPECT_EQ(log.Bytes(CallKind::Read), 8u);  // what is overwritten and moved; not what stays
+  EXPECT_EQ(log.Bytes(CallKind::Write), 12u);
+  EXPECT_EQ(log.calls()[4].offset, 16u);  // the growth first
+  EXPECT_EQ(ReadFile(path), BytesOf("hhhhabcdefghnew TAIL"));
+}
+
+TEST(FileRewrite, CreatesAMissingFileOnlyWhenTold) {
+  const TempDir dir;
+  const std::string path = dir.File("new");
+  std::uint64_t length = 0;
+  EXPECT_FALSE(RewriteFile(path, {Text(0, "x")}, FileEnd::Cut, FileOrigin::Existing, length));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_TRUE(RewriteFile(path, {Text(0, "x")}, FileEnd::Cut, FileOrigin::Any, length));
+  EXPECT_EQ(ReadFile(path), BytesOf("x"));
+}
+
+// Every call in turn, every kind of fault: the file is as it was, or the rewrite has succeeded.
+TEST(FileRewrite, AFailureLeavesTheFileAsItWas) {
+  const std::vector<std::vector<FilePiece>> cases = {
+      {Text(0, "hhh"), Move(2, 10, 3), Text(13, "NEWNEW")},
+      {Text(0, "hh"), Move(8, 4, 4)},
+      {Text(20, "far away")},
+  };
+  for (const FileEnd end : {FileEnd::Keep, FileEnd::Cut}) {
+    for (const auto& pieces : cases) {
+      for (const Fault fault : {Fault::Error, Fault::FullDisk, Fault::FailedClose}) {
+        for (std::size_t which = 0;; ++which) {
+          const TempDir dir;
+          const Bytes before = BytesOf("HHabcdefghij");
+          const std::string path = dir.Write("f", before);
+          std::uint64_t length = 0;
+          bool done = false;
+          bool reached = false;
+          {
+            const FaultAt at(which, fault);
+            done = RewriteFile(path, pieces, end, FileOrigin::Existing, length);
+            reached = FaultAt::Reached();
+          }
+          if (!done) {
+            EXPECT_EQ(ReadFile(path), before) << which;
+          }
+          if (!reached) {
+            EXPECT_TRUE(done);
+            break;
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(FileRewrite, AFailedCreationLeavesNoFile) {
+  for (const Fault fault : {Fault::Error, Fault::FullDisk, Fault::FailedClose}) {
+    for (std::size_t which = 0;; ++which) {
+      const TempDir dir;
+      const std::string path = dir.File("new");
+      std::uint64_t length = 0;
+      const FaultAt at(which, fault);
+      const bool done =
+          RewriteFile(path, {Text(0, "abcdef")}, FileEnd::Cut, FileOrigin::Any, length);
+      EXPECT_EQ(std::filesystem::exists(path), done) << which;
+      if (!FaultAt::Reached()) break;
+    }
+  }
+}
+
+TEST(FileRewrite, ShortAndInterruptedTransfersAreContinued) {
+  for (const Fault fault : {Fault::Short, Fault::Interrupted}) {
+    for (std::size_t which = 0;; ++which) {
+      const TempDir dir;
+      const std::string path = dir.Write("f", BytesOf("HHabcdefghij"));
+      std::uint64_t length = 0;
+      const FaultAt at(which, fault);
+      ASSERT_TRUE(RewriteFile(path, {Text(0, "hhh"), Move(2, 10, 3), Text(13, "NEW")},
+                              FileEnd::Keep, FileOrigin::Existing, length));
+      EXPECT_EQ(ReadFile(path), BytesOf("hhhabcdefghijNEW")) << which;
+      if (!FaultAt::Reached()) break;
+    }
+  }
+}
+
+}  // namespace
