@@ -1,0 +1,115 @@
+#include "profile/TagLayout.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+#include "platform/Bytes.h"
+#include "platform/Guarded.h"
+#include "platform/plinth/AFile.h"
+#include "platform/plinth/WholeFile.h"
+#include "profile/FileRewrite.h"
+
+namespace vkcl {
+namespace {
+
+constexpr std::uint64_t kTableStart = 132;
+constexpr std::uint64_t kEntrySize = 12;
+constexpr std::uint32_t kDataHead = 12;
+
+std::span<const icTag> TableOf(const VKCLProfile& profile) {
+  return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
+}
+
+std::uint64_t RegionStart(std::span<const icTag> table) {
+  return kTableStart + kEntrySize * table.size();
+}
+
+std::uint64_t EndOf(const icTag& tag) { return std::uint64_t{tag.offset} + tag.size; }
+
+std::uint64_t PaddedEndOf(const icTag& tag) { return std::uint64_t{tag.offset} + PadTo4(tag.size); }
+
+// Header size, file and tags agree on where the profile ends, and the end is padded.
+bool EndsAgree(const VKCLProfile& profile, std::uint64_t fileLength) {
+  const std::uint64_t size = profile.header.size;
+  const std::span<const icTag> table = TableOf(profile);
+  return size == fileLength && size % 4 == 0 && size >= RegionStart(table) &&
+         std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
+           return tag.offset >= RegionStart(table) && EndOf(tag) <= size;
+         });
+}
+
+// The block that a replacement writes belongs to this tag alone.
+bool OwnsBlock(std::span<const icTag> table, std::size_t index) {
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const bool apart =
+        EndOf(table[i]) <= table[index].offset || PaddedEndOf(table[index]) <= table[i].offset;
+    if (i != index && !apart) return false;
+  }
+  return true;
+}
+
+// The tags behind the one that changes its length lie one behind the other up to the end, and
+// those before it lie before it.
+bool CanBeRebuiltFrom(std::span<const icTag> table, std::size_t index, std::uint64_t size) {
+  if (index == 0 && table[0].offset != RegionStart(table)) return false;
+  for (std::size_t i = 0; i < index; ++i) {
+    if (EndOf(table[i]) > table[index].offset) return false;
+  }
+  for (std::size_t i = index + 1; i < table.size(); ++i) {
+    if (table[i].offset != PaddedEndOf(table[i - 1])) return false;
+  }
+  return PaddedEndOf(table.back()) == size;
+}
+
+std::uint64_t LengthOf(const AFilePath& path) {
+  AFile file;
+  const std::int64_t length = file.open(path, AFile::Read) ? file.length() : -1;
+  return length < 0 ? 0 : static_cast<std::uint64_t>(length);
+}
+
+}  // namespace
+
+bool TagDataSuitWriting(const VKCLProfile& profile, VKPrivateTagSignature sig,
+                        unsigned long length) {
+  if (profile.isValidICC() == 0 || length > UINT32_MAX - kDataHead) return false;
+  const std::span<const icTag> table = TableOf(profile);
+  if (!EndsAgree(profile, LengthOf(profile.filePath))) return false;
+  const auto found = std::find_if(table.begin(), table.end(), [&](const icTag& tag) {
+    return static_cast<std::uint32_t>(tag.sig) == static_cast<std::uint32_t>(sig);
+  });
+  if (found == table.end()) {
+    return table.empty() || table.front().offset == RegionStart(table);
+  }
+  const auto index = static_cast<std::size_t>(found - table.begin());
+  if (!OwnsBlock(table, index)) return false;
+  return found->size == length + kDataHead || CanBeRebuiltFrom(table, index, profile.header.size);
+}
+
+bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {
+  if (profile.isValidICC() == 0 || profile.tagTable == nullptr || to.exists()) return false;
+  return Guarded([&] {
+    const FileContent source = ReadWholeFile(profile.filePath);
+    if (!source.bytes) return false;
+    std::vector<icTag> table(profile.tagTable, profile.tagTable + profile.tagCount);
+    std::vector<FilePiece> pieces(1);  // the head, when it is known
+    std::uint64_t position = RegionStart(table);
+    const char zeros[4] = {};
+    for (icTag& tag : table) {
+      if (EndOf(tag) > source.size || position > UINT32_MAX) return false;
+      pieces.push_back({position, tag.size, source.bytes.get() + tag.offset, 0});
+      pieces.push_back({position + tag.size, PadTo4(tag.size) - tag.size, zeros, 0});
+      tag.offset = static_cast<std::uint32_t>(position);
+      position += PadTo4(tag.size);
+    }
+    if (position > UINT32_MAX) return false;
+    icHeader header = profile.header;
+    header.size = static_cast<std::uint32_t>(position);
+    const std::vector<char> head = VKCLProfile::BuildHead(header, table);
+    pieces.front() = {0, head.size(), head.data(), 0};
+    std::uint64_t length = 0;
+    return RewriteFile(to, pieces, FileEnd::Cut, FileOrigin::Any, length);
+  });
+}
+
+}  // namespace vkcl

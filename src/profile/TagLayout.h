@@ -1,0 +1,28 @@
+// How tag data lie in a profile file, and whether the store's writers may touch it.
+//
+// The writers take tag data to lie in table order, one behind the other. Profiles of other makers
+// may share a block between tags, leave gaps, keep another order or end unpadded; a write may then
+// damage a tag. Callers that write into profiles they did not make ask TagDataSuitWriting first,
+// and bring the profile into order with ArrangeTagData where the answer is no.
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/plinth/AFilePath.h"
+#include "profile/VKCLProfile.h"
+
+namespace vkcl {
+
+/// True when storing `length` bytes of payload under `sig` (VKCLProfile::WriteVKPrivateTag) leaves
+/// the bytes of every other tag as they are. False too for an invalid profile.
+VKCL_API bool TagDataSuitWriting(const VKCLProfile& profile, VKPrivateTagSignature sig,
+                                 unsigned long length);
+
+/// Writes the profile to a new file at `to` with its tag data in table order, each tag with a
+/// block of its own, padded with zeros: the layout that the writers take to be there. Header (but
+/// for its size), table order and every tag's bytes are kept; bytes that no tag refers to are not.
+/// False when the profile is not valid, a tag is not wholly in the file, the result would exceed
+/// 2^32 - 1 bytes, `to` exists, or the file cannot be written; then there is no file at `to`
+/// that was not there before.
+VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
+
+}  // namespace vkcl

@@ -1,0 +1,148 @@
+#include "profile/TagLayout.h"
+
+#include <algorithm>
+#include <string>
+
+#include "support/TempDir.h"
+
+namespace {
+
+using vkcl::ArrangeTagData;
+using vkcl::TagDataSuitWriting;
+using vkcl::testing::Bytes;
+using vkcl::testing::ReadFile;
+using vkcl::testing::TempDir;
+
+struct Tag {
+  std::string sig;
+  std::uint32_t offset;
+  std::uint32_t size;
+};
+
+void Put32(Bytes& bytes, std::size_t at, std::uint32_t value) {
+  for (std::size_t i = 0; i < 4; ++i)
+    bytes[at + i] = static_cast<unsigned char>(value >> (24 - 8 * i));
+}
+
+void PutText(Bytes& bytes, std::size_t at, const std::string& text) {
+  std::copy(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+// A profile of the given length whose data bytes tell their place in the file.
+Bytes Profile(const std::vector<Tag>& tags, std::uint32_t length) {
+  Bytes bytes(length);
+  for (std::size_t i = 132; i < length; ++i) bytes[i] = static_cast<unsigned char>(i * 31);
+  Put32(bytes, 0, length);
+  PutText(bytes, 12, "prtrCMYKLab ");
+  PutText(bytes, 36, "acsp");
+  PutText(bytes, 84, "reserved bytes stay");
+  Put32(bytes, 128, static_cast<std::uint32_t>(tags.size()));
+  for (std::size_t i = 0; i < tags.size(); ++i) {
+    PutText(bytes, 132 + 12 * i, tags[i].sig);
+    Put32(bytes, 136 + 12 * i, tags[i].offset);
+    Put32(bytes, 140 + 12 * i, tags[i].size);
+  }
+  return bytes;
+}
+
+bool Suits(const Bytes& bytes, VKPrivateTagSignature sig, unsigned long length) {
+  const TempDir dir;
+  return TagDataSuitWriting(VKCLProfile(AFilePath(dir.Write("p.icc", bytes)), 4), sig, length);
+}
+
+// Three tags from byte 168 on: 20, 13 (padded to 16) and 32 bytes.
+const std::vector<Tag> kOrdered = {{"aaaa", 168, 20}, {"QX51", 188, 13}, {"cccc", 204, 32}};
+
+TEST(TagLayout, AFileInOrderSuitsEveryWrite) {
+  const Bytes bytes = Profile(kOrdered, 236);
+  EXPECT_TRUE(Suits(bytes, QX60, 100));  // append
+  EXPECT_TRUE(Suits(bytes, QX51, 1));    // the same size
+  EXPECT_TRUE(Suits(bytes, QX51, 100));  // rebuild
+  EXPECT_TRUE(Suits(Profile({}, 132), QX51, 1));
+}
+
+TEST(TagLayout, AGapBehindTheTableForbidsAppending) {
+  const Bytes bytes = Profile({{"aaaa", 160, 20}, {"QX51", 180, 16}}, 196);
+  EXPECT_FALSE(Suits(bytes, QX60, 4));
+  EXPECT_TRUE(Suits(bytes, QX51, 4));   // in place
+  EXPECT_TRUE(Suits(bytes, QX51, 40));  // nothing before it is touched
+  EXPECT_FALSE(Suits(Profile({{"QX51", 160, 20}, {"aaaa", 180, 16}}, 196), QX51, 40));
+}
+
+TEST(TagLayout, AnotherOrderForbidsRebuilding) {
+  const Bytes bytes = Profile({{"aaaa", 168, 20}, {"QX51", 220, 16}, {"cccc", 188, 32}}, 236);
+  EXPECT_TRUE(Suits(bytes, QX60, 4));
+  EXPECT_FALSE(Suits(bytes, QX51, 5));
+  // The last of the table, but not of the file: what lies behind it would be lost.
+  EXPECT_FALSE(
+      Suits(Profile({{"aaaa", 168, 20}, {"cccc", 204, 32}, {"QX51", 188, 16}}, 236), QX51, 5));
+}
+
+TEST(TagLayout, ASharedBlockForbidsReplacing) {
+  const Bytes bytes = Profile({{"QX50", 156, 20}, {"QX51", 156, 20}}, 176);
+  EXPECT_TRUE(Suits(bytes, QX60, 4));
+  EXPECT_FALSE(Suits(bytes, QX50, 8));
+  EXPECT_FALSE(Suits(bytes, QX51, 30));
+}
+
+TEST(TagLayout, SharedBlocksBehindTheTagForbidRebuilding) {
+  const std::vector<Tag> tags = {{"QX51", 168, 20}, {"A2B0", 188, 16}, {"A2B1", 188, 16}};
+  EXPECT_FALSE(Suits(Profile(tags, 204), QX51, 30));
+  const std::vector<Tag> before = {{"A2B0", 168, 16}, {"A2B1", 168, 16}, {"QX51", 184, 20}};
+  EXPECT_TRUE(Suits(Profile(before, 204), QX51, 30));
+}
+
+TEST(TagLayout, EndsThatDisagreeForbidWriting) {
+  Bytes longer = Profile(kOrdered, 236);
+  longer.resize(240);  // the file goes on behind the profile
+  EXPECT_FALSE(Suits(longer, QX60, 4));
+  Bytes shorter = Profile(kOrdered, 236);
+  shorter.resize(232);
+  EXPECT_FALSE(Suits(shorter, QX60, 4));
+  EXPECT_FALSE(Suits(Profile({{"aaaa", 144, 21}}, 165), QX60, 4));  // an unpadded end
+  EXPECT_FALSE(Suits(Profile({{"aaaa", 144, 0xFFFFFFFF}}, 164), QX60, 4));
+  EXPECT_FALSE(Suits(Profile({{"aaaa", 140, 20}}, 164), QX60, 4));  // data within the table
+  EXPECT_FALSE(Suits({1, 2, 3}, QX60, 4));
+}
+
+TEST(TagLayout, ArrangingKeepsEveryTag) {
+  const std::vector<Tag> tags = {
+      {"aaaa", 260, 13}, {"bbbb", 200, 20}, {"cccc", 260, 13}, {"QX51", 225, 30}, {"dddd", 200, 0}};
+  const Bytes before = Profile(tags, 281);
+  const TempDir dir;
+  const VKCLProfile profile(AFilePath(dir.Write("p.icc", before)), 4);
+  const std::string to = dir.File("q.icc");
+  ASSERT_TRUE(ArrangeTagData(profile, AFilePath(to)));
+
+  // Head 192, then 16 + 20 + 16 + 32 + 0.
+  const std::vector<Tag> laid = {
+      {"aaaa", 192, 13}, {"bbbb", 208, 20}, {"cccc", 228, 13}, {"QX51", 244, 30}, {"dddd", 276, 0}};
+  Bytes expected = Profile(laid, 276);
+  std::fill(expected.begin() + 192, expected.end(), static_cast<unsigned char>(0));
+  for (std::size_t i = 0; i < tags.size(); ++i) {
+    std::copy_n(before.begin() + tags[i].offset, tags[i].size, expected.begin() + laid[i].offset);
+  }
+  EXPECT_EQ(ReadFile(to), expected);
+  EXPECT_EQ(ReadFile(dir.File("p.icc")), before);
+  const VKCLProfile arranged(AFilePath(to), 4);
+  EXPECT_TRUE(TagDataSuitWriting(arranged, QX51, 999));
+  EXPECT_TRUE(TagDataSuitWriting(arranged, QX60, 999));
+}
+
+TEST(TagLayout, ArrangingRefusesAndLeavesNothing) {
+  const TempDir dir;
+  const std::string to = dir.File("q.icc");
+  const VKCLProfile cut(AFilePath(dir.Write("cut.icc", Profile({{"aaaa", 144, 99}}, 164))), 4);
+  EXPECT_FALSE(ArrangeTagData(cut, AFilePath(to)));
+  const VKCLProfile invalid(AFilePath(dir.Write("no.icc", {1, 2, 3})), 4);
+  EXPECT_FALSE(ArrangeTagData(invalid, AFilePath(to)));
+  EXPECT_FALSE(std::filesystem::exists(to));
+
+  const Bytes bytes = Profile(kOrdered, 236);
+  const std::string path = dir.Write("p.icc", bytes);
+  const VKCLProfile profile{AFilePath(path), 4};
+  EXPECT_FALSE(ArrangeTagData(profile, AFilePath(path)));  // exists
+  EXPECT_EQ(ReadFile(path), bytes);
+}
+
+}  // namespace
