@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""Runs the tool on made-up and real profiles and compares what a person sees with golden texts.
+
+usage: run_golden.py TOOL REAL_PROFILE_FOLDER CASE...      (--rewrite instead of CASE: write all)
+
+A case is a file golden/NAME.txt: lines beginning with "$ " are commands, run in a folder of their
+own; what follows a command is its output (standard output, then standard error), and "[exit N]"
+where it ended with another code than 0.
+"""
+import os
+import pathlib
+import shlex
+import struct
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).parent / "golden"
+
+
+def profile(tags, space=b"CMYK", device_class=b"prtr", gap=0):
+    """A profile of (signature, data) pairs, laid out by hand."""
+    table, data = b"", b"\xee" * gap
+    start = 132 + 12 * len(tags)
+    for signature, content in tags:
+        table += signature + struct.pack(">II", start + len(data), len(content))
+        data += content + b"\0" * (-len(content) % 4)
+    head = bytearray(128)
+    head[0:4] = struct.pack(">I", start + len(data))
+    head[4:8] = b"test"
+    head[8:12] = bytes.fromhex("02100000")
+    head[12:24] = device_class + space + b"Lab "
+    head[24:36] = struct.pack(">6H", 2024, 2, 29, 23, 59, 58)
+    head[36:40] = b"acsp"
+    return bytes(head) + struct.pack(">I", len(tags)) + table + data
+
+
+def private(payload):
+    return b"data\0\0\0\0\0\0\0\1" + payload
+
+
+def make_files(folder, real):
+    text = b"text\0\0\0\0made by hand\0"
+    (folder / "plain.icc").write_bytes(profile([(b"cprt", text)]))
+    (folder / "gap.icc").write_bytes(profile([(b"cprt", text)], gap=8))
+    hostile = bytearray(1068)
+    hostile[0:8] = struct.pack("<ii", 1, 1068)
+    hostile[16:40] = b"\x1b]0;owned\x07\"quote\\\xff\xc3\xa4   "[:24]
+    (folder / "hostile.icc").write_bytes(profile(
+        [(b"QX53", private(bytes(hostile))), (b"QX54", private(b"\xff" * 30)),
+         (b"Q\x1b\x00\x07", text), (b"QX99", private(b"?")), (b"QX53", private(b""))]))
+    cut = bytearray(profile([(b"QX53", private(bytes(1068))), (b"QX50", private(b"1234"))]))
+    cut[140:144] = struct.pack(">I", 0xfffffff0)
+    (folder / "beyond.icc").write_bytes(bytes(cut))
+    (folder / "short.icc").write_bytes(b"hello")
+    (folder / "nomagic.icc").write_bytes(b"x" * 200)
+    (folder / "count.icc").write_bytes(profile([(b"cprt", text)])[:128] + b"\xff\xff\xff\xff" * 8)
+    (folder / "lab.icc").write_bytes(profile([(b"cprt", text)], space=b"Lab "))
+    (folder / "folder").mkdir()
+    (folder / "press.icc").write_bytes((real / "ghostscript" / "default_cmyk.icc").read_bytes())
+    (folder / "lstar.icc").write_bytes((real / "LStar-RGB.icc").read_bytes())
+
+
+def run_command(line, folder, tool):
+    path = os.pathsep.join([str(pathlib.Path(tool).parent), os.environ.get("PATH", "")])
+    done = subprocess.run(shlex.split(line), cwd=folder, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, check=False,
+                          env={**os.environ, "LC_ALL": "C.UTF-8", "PATH": path})
+    output = (done.stdout + done.stderr).decode("utf-8", "backslashreplace")
+    if output and not output.endswith("\n"):
+        output += "\n"
+    return output + (f"[exit {done.returncode}]\n" if done.returncode else "")
+
+
+def run_case(path, tool, real):
+    commands = [line for line in path.read_text("utf-8").splitlines() if line.startswith("$ ")]
+    with tempfile.TemporaryDirectory(prefix="vkcl-golden-") as name:
+        folder = pathlib.Path(name)
+        make_files(folder, real)
+        return "".join(f"{line}\n{run_command(line[2:], folder, tool)}" for line in commands)
+
+
+def main():
+    tool, real, cases = sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3:]
+    rewrite = cases == ["--rewrite"]
+    names = [path.stem for path in sorted(HERE.glob("*.txt"))] if rewrite else cases
+    failed = False
+    for name in names:
+        path = HERE / f"{name}.txt"
+        seen = run_case(path, tool, real)
+        if rewrite:
+            path.write_text(seen, "utf-8")
+        elif seen != path.read_text("utf-8"):
+            import difflib
+            failed = True
+            sys.stdout.writelines(difflib.unified_diff(
+                path.read_text("utf-8").splitlines(True), seen.splitlines(True),
+                f"{name}: expected", f"{name}: seen"))
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

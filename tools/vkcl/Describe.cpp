@@ -1,0 +1,300 @@
+#include "Describe.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "Records.h"
+#include "Text.h"
+#include "WhyInvalid.h"
+#include "handler/StoredSplit.h"
+#include "handler/VKCLProfileHandler.h"
+#include "platform/plinth/AFile.h"
+
+namespace vkcl::tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::size_t kDataHead = 12;
+
+struct Named {
+  std::uint32_t value;
+  const char* name;
+};
+
+constexpr Named kClasses[] = {
+    {icSigInputClass, "input"},
+    {icSigDisplayClass, "display"},
+    {icSigOutputClass, "output"},
+    {icSigLinkClass, "device link"},
+    {icSigColorSpaceClass, "colour space conversion"},
+    {icSigAbstractClass, "abstract"},
+    {icSigNamedColorClass, "named colours"},
+};
+
+// Private tags that are no fixed record; the fixed ones have their titles in Records.cpp.
+constexpr Named kTitles[] = {
+    {QX50, "ink split"},
+    {QX54, "linearisation measurement"},
+    {QX55, "linearisation reference"},
+    {QX56, "gray-balance measurement"},
+    {QX57, "gray-balance reference"},
+    {QX58, "embedded file 0 (TRC)"},
+    {QX59, "characterisation measurement"},
+    {QX60, "characterisation reference"},
+    {QX61, "embedded file 1"},
+    {QX62, "embedded file 2"},
+    {QX63, "embedded file 3"},
+    {QX65, "embedded file 4"},
+    {QX66, "dither"},
+    {QX68, "spot-colour ink limits"},
+    {QX69, "spot-colour linearisation links"},
+    {QX71, "VSD sidecar file"},
+    {QX72, "linearisation reference, second form"},
+    {QX73, "linearisation output"},
+};
+
+constexpr const char* kStateNames[] = {
+    "none",         "ink limits",       "ink split",        "linearisation", "multiple ink limits",
+    "gray balance", "characterisation", "finished profile",
+};
+
+const char* NameOf(std::span<const Named> table, std::uint32_t value, const char* otherwise) {
+  for (const Named& row : table) {
+    if (row.value == value) return row.name;
+  }
+  return otherwise;
+}
+
+// The payload of a tag as stored; false when it cannot be read.
+bool ReadPayload(const VKCLProfile& profile, VKPrivateTagSignature signature, VKPrivateTag& tag) {
+  tag.SetSignature(signature);
+  return profile.ReadVKPrivateTag(&tag, 1) != 0;
+}
+
+std::int32_t Int32At(const VKPrivateTag& tag, std::size_t offset) {
+  std::int32_t value = 0;
+  if (offset + sizeof value <= tag.size) std::memcpy(&value, tag.data + offset, sizeof value);
+  return value;
+}
+
+Json DescribeRecord(const VKCLProfileHandler& handler, const RecordType& record) {
+  Image image;
+  if (record.get(handler, image) == 0) return {{"readable", false}};
+  Json fields = Json::object();
+  for (const Field& field : record.fields) fields[field.name] = FieldValue(field, image);
+  return fields;
+}
+
+Json DescribeSplit(const VKCLProfile& profile) {
+  SplitParam split;
+  if (!ReadStoredSplit(profile, split)) return {{"readable", false}};
+  Json records = Json::array();
+  for (std::int32_t i = 0; i < split.count; ++i) {
+    Json record;
+    if (split.version == 4) {
+      const auto& v4 = static_cast<SplitTypeV4*>(split.splits)[i];
+      record = {{"colorantIndex", v4.colorantIndex},
+                {"lightPoints", v4.lightCount},
+                {"mediumPoints", v4.mediumCount},
+                {"darkPoints", v4.darkCount}};
+    } else if (split.version == 3) {
+      const auto& v3 = static_cast<SplitTypeV3*>(split.splits)[i];
+      record = {{"colorantIndex", v3.colorantIndex},
+                {"lightPoints", v3.lightCount},
+                {"mediumPoints", v3.mediumCount},
+                {"darkPoints", v3.darkCount}};
+    } else {
+      record = {{"colorantIndex", static_cast<SplitTypeV2*>(split.splits)[i].colorantIndex}};
+    }
+    records.push_back(std::move(record));
+  }
+  return {{"version", split.version}, {"count", split.count}, {"splits", std::move(records)}};
+}
+
+Json DescribeList(const VKPrivateTag& tag) {
+  if (tag.size < 24) return {{"readable", false}};
+  return {{"format", SignatureText(static_cast<std::uint32_t>(Int32At(tag, 0)))},
+          {"samples", Int32At(tag, 4)},
+          {"colorMode", Int32At(tag, 8)},
+          {"valuesPerSample", Int32At(tag, 12)},
+          {"measured", Int32At(tag, 16)},
+          {"hasValues", Int32At(tag, 20) != 0}};
+}
+
+Json DescribeFile(const VKPrivateTag& tag) {
+  const bool isProfile = tag.size >= 128 && std::memcmp(tag.data + 36, "acsp", 4) == 0;
+  return {{"bytes", tag.size}, {"isProfile", isProfile}};
+}
+
+Json DescribeSidecar(const VKPrivateTag& tag) {
+  if (tag.size < sizeof(VKVSDProfileParam)) return {{"readable", false}};
+  return {{"fileName", Utf8(FieldText(tag.data + 4, 128))},
+          {"bytes", tag.size - sizeof(VKVSDProfileParam)}};
+}
+
+Json DescribeSpotLimits(const VKCLProfileHandler& handler) {
+  VKSpotSingleInkLimit limits;
+  if (handler.GetVKSpotSIL(limits) == 0) return {{"readable", false}};
+  Json values = Json::array();
+  for (std::int32_t i = 0; i < limits.count; ++i) values.push_back(RealValue(limits.limits[i]));
+  return {{"name", Utf8(limits.name)}, {"limits", std::move(values)}};
+}
+
+// From the payload itself: the links need not be readable here.
+Json DescribeSpotLinks(const VKPrivateTag& tag) {
+  const std::int64_t count = Int32At(tag, 8);
+  const std::int64_t nameLength = Int32At(tag, 12);
+  const bool whole = tag.size >= 16 && count >= 0 && nameLength >= 0 &&
+                     16 + nameLength + 4 * count <= std::int64_t{tag.size};
+  if (!whole) return {{"readable", false}};
+  Json sizes = Json::array();
+  for (std::int64_t i = 0; i < count; ++i) {
+    sizes.push_back(Int32At(tag, static_cast<std::size_t>(16 + nameLength + 4 * i)));
+  }
+  return {{"name", Utf8({tag.data + 16, static_cast<std::size_t>(nameLength)})},
+          {"linkBytes", std::move(sizes)}};
+}
+
+Json DescribeContent(const VKCLProfileHandler& handler, const VKCLProfile& profile,
+                     VKPrivateTagSignature signature) {
+  if (const RecordType* record = FindRecord(signature)) return DescribeRecord(handler, *record);
+  if (signature == QX50) return DescribeSplit(profile);
+  if (signature == QX68) return DescribeSpotLimits(handler);
+  VKPrivateTag tag;
+  if (!ReadPayload(profile, signature, tag)) return {{"readable", false}};
+  switch (signature) {
+    case QX54:
+    case QX55:
+    case QX56:
+    case QX57:
+    case QX59:
+    case QX60:
+    case QX72:
+    case QX73: return DescribeList(tag);
+    case QX58:
+    case QX61:
+    case QX62:
+    case QX63:
+    case QX65: return DescribeFile(tag);
+    case QX66: return {{"type", Int32At(tag, 0)}, {"size", Int32At(tag, 4)}};
+    case QX69: return DescribeSpotLinks(tag);
+    case QX71: return DescribeSidecar(tag);
+    default: return Json::object();
+  }
+}
+
+std::string TypeOf(AFile& file, const icTag& tag) {
+  unsigned char type[4] = {};
+  if (tag.size < sizeof type || !file.seek(tag.offset) ||
+      file.read(type, sizeof type) != sizeof type) {
+    return {};
+  }
+  return SignatureText(std::uint32_t{type[0]} << 24 | std::uint32_t{type[1]} << 16 |
+                       std::uint32_t{type[2]} << 8 | type[3]);
+}
+
+Json DescribeTags(const VKCLProfile& profile) {
+  Json tags = Json::array();
+  AFile file;
+  if (!file.open(profile.filePath, AFile::Read)) return tags;
+  const auto length = static_cast<std::uint64_t>(std::max<std::int64_t>(file.length(), 0));
+  for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
+    const icTag& tag = profile.tagTable[i];
+    Json row = {{"signature", SignatureText(tag.sig)},
+                {"offset", tag.offset},
+                {"size", tag.size},
+                {"type", TypeOf(file, tag)}};
+    const icTag* first =
+        std::find_if(profile.tagTable, profile.tagTable + i,
+                     [&](const icTag& earlier) { return earlier.offset == tag.offset; });
+    if (first != profile.tagTable + i) row["sharesDataWith"] = SignatureText(first->sig);
+    if (std::uint64_t{tag.offset} + tag.size > length) row["beyondEndOfFile"] = true;
+    tags.push_back(std::move(row));
+  }
+  return tags;
+}
+
+Json DescribePrivateTags(const VKCLProfileHandler& handler, const VKCLProfile& profile) {
+  Json tags = Json::array();
+  std::vector<std::uint32_t> seen;
+  for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
+    const std::uint32_t signature = profile.tagTable[i].sig;
+    if (signature >> 16 != 0x5158u) continue;
+    const auto* record = FindRecord(static_cast<VKPrivateTagSignature>(signature));
+    Json row = {
+        {"signature", SignatureText(signature)},
+        {"name", record != nullptr ? record->title : NameOf(kTitles, signature, "unknown")},
+        {"payloadBytes", profile.tagTable[i].size < kDataHead ? 0 : profile.tagTable[i].size - 12},
+    };
+    if (std::find(seen.begin(), seen.end(), signature) != seen.end()) {
+      row["hiddenByAnEarlierOne"] = true;
+    } else {
+      row["content"] =
+          DescribeContent(handler, profile, static_cast<VKPrivateTagSignature>(signature));
+    }
+    seen.push_back(signature);
+    tags.push_back(std::move(row));
+  }
+  return tags;
+}
+
+Json DescribeHeader(const VKCLProfile& profile) {
+  const icHeader& header = profile.header;
+  return {
+      {"size", header.size},
+      {"version", fmt::format("{}.{}.{}", header.version >> 24, header.version >> 20 & 15,
+                              header.version >> 16 & 15)},
+      {"class", SignatureText(header.deviceClass)},
+      {"className", NameOf(kClasses, header.deviceClass, "unknown class")},
+      {"colorSpace", SignatureText(header.colorSpace)},
+      {"pcs", SignatureText(header.pcs)},
+      {"created",
+       fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", header.date.year, header.date.month,
+                   header.date.day, header.date.hours, header.date.minutes, header.date.seconds)},
+      {"cmm", SignatureText(header.cmmId)},
+      {"platform", SignatureText(header.platform)},
+      {"creator", SignatureText(header.creator)},
+      {"renderingIntent", header.renderingIntent},
+  };
+}
+
+Json DescribeState(const VKCLProfileHandler& handler) {
+  VKCLProfileFinishedState byTags = FinishedNone;
+  VKCLProfileFinishedState byStatus = FinishedNone;
+  handler.GetVKCLProfileFinishedState(byTags, 1);
+  handler.GetVKCLProfileFinishedState(byStatus, 0);
+  return {{"value", byTags},
+          {"name", StateName(byTags)},
+          {"withStatus", {{"value", byStatus}, {"name", StateName(byStatus)}}}};
+}
+
+}  // namespace
+
+std::string StateName(int state) {
+  return state >= 0 && state < static_cast<int>(std::size(kStateNames)) ? kStateNames[state] : "?";
+}
+
+Json Describe(const std::string& path, int channels) {
+  const std::string why = WhyInvalid(path, channels);
+  Json document = {{"file", Utf8(path)}, {"valid", why.empty()}};
+  if (!why.empty()) document["reason"] = why;
+  // A profile that only lacks a channel count still has a header and a table to show.
+  const int shownWith = !why.empty() && channels == 0 ? 3 : channels;
+  VKCLProfileHandler handler(AFilePath(path), shownWith);
+  if (handler.IsICCFile() == 0) return document;
+  const VKCLProfile& profile = *handler.GetProfilePtr();
+  document["header"] = DescribeHeader(profile);
+  if (why.empty()) document["channels"] = profile.channelCount;
+  document["output"] = handler.IsOutputICCFile() != 0;
+  document["own"] = handler.IsVKCLProfile() != 0;
+  document["finishedState"] = DescribeState(handler);
+  document["tags"] = DescribeTags(profile);
+  document["privateTags"] = DescribePrivateTags(handler, profile);
+  return document;
+}
+
+}  // namespace vkcl::tool

@@ -1,0 +1,220 @@
+#include "Set.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <optional>
+
+#include "Records.h"
+#include "Text.h"
+#include "WhyInvalid.h"
+#include "handler/VKCLProfileHandler.h"
+#include "profile/TagLayout.h"
+
+namespace vkcl::tool {
+namespace {
+
+struct Assignment {
+  const RecordType* record;
+  const Field* field;
+  int index;  // -1: the field as a whole
+  std::string value;
+  std::string target;  // the text before the "="
+};
+
+struct Change {
+  const RecordType* record;
+  Image image;
+};
+
+SetResult Usage(std::string message) { return {Outcome::Usage, std::move(message)}; }
+SetResult Refused(std::string message) { return {Outcome::Refused, std::move(message)}; }
+
+std::string Names(std::span<const Field> fields) {
+  std::string names;
+  for (const Field& field : fields) {
+    if (!field.settable) continue;
+    if (!names.empty()) names += ", ";
+    names += field.name;
+  }
+  return names;
+}
+
+std::string RecordNames() {
+  std::string names;
+  for (const RecordType& record : RecordTypes()) {
+    if (!names.empty()) names += ", ";
+    names += record.name;
+  }
+  return names;
+}
+
+// Takes "[INDEX]" off the end of a field's name. False when the brackets hold no number.
+bool TakeIndex(std::string& field, int& index) {
+  index = -1;
+  const std::size_t bracket = field.find('[');
+  if (bracket == std::string::npos) return true;
+  const char* first = field.data() + bracket + 1;
+  const char* last = field.data() + field.size() - 1;
+  if (field.back() != ']' || first >= last) return false;
+  const auto result = std::from_chars(first, last, index);
+  if (result.ec != std::errc() || result.ptr != last || index < 0) return false;
+  field.erase(bracket);
+  return true;
+}
+
+std::string Parse(const std::string& text, Assignment& assignment) {
+  const std::size_t equals = text.find('=');
+  const std::size_t dot = text.find('.');
+  if (equals == std::string::npos || dot == std::string::npos || dot > equals) {
+    return fmt::format("\"{}\" is not of the form RECORD.FIELD=VALUE", Printable(text));
+  }
+  const std::string recordName = text.substr(0, dot);
+  std::string fieldName = text.substr(dot + 1, equals - dot - 1);
+  assignment.target = text.substr(0, equals);
+  assignment.value = text.substr(equals + 1);
+  if (!TakeIndex(fieldName, assignment.index)) {
+    return fmt::format("the index in \"{}\" is no number from 0 on", Printable(text));
+  }
+  assignment.record = FindRecord(recordName);
+  if (assignment.record == nullptr) {
+    return fmt::format("there is no record \"{}\"; the records are {}", Printable(recordName),
+                       RecordNames());
+  }
+  assignment.field = FindField(*assignment.record, fieldName);
+  if (assignment.field == nullptr) {
+    return fmt::format("{} has no field \"{}\"; its fields are {}", recordName,
+                       Printable(fieldName), Names(assignment.record->fields));
+  }
+  return {};
+}
+
+bool HoldsTag(VKCLProfileHandler& handler, const RecordType& record) {
+  return handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(record.signature)) != 0;
+}
+
+// The image of a record to change: as changed so far, as stored, or the default one.
+std::string ImageFor(VKCLProfileHandler& handler, const RecordType& record,
+                     std::vector<Change>& changes, Image*& image) {
+  const auto found = std::find_if(changes.begin(), changes.end(),
+                                  [&](const Change& change) { return change.record == &record; });
+  if (found != changes.end()) {
+    image = &found->image;
+    return {};
+  }
+  changes.push_back({&record, record.make()});
+  image = &changes.back().image;
+  if (handler.IsICCFile() != 0 && HoldsTag(handler, record) && record.get(handler, *image) == 0) {
+    return fmt::format("the stored {} cannot be read, so its other fields would be lost",
+                       record.title);
+  }
+  return {};
+}
+
+bool LayoutSuits(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
+  return std::all_of(changes.begin(), changes.end(), [&](const Change& change) {
+    return TagDataSuitWriting(*handler.GetProfilePtr(), change.record->signature,
+                              static_cast<unsigned long>(change.image.size()));
+  });
+}
+
+SetResult Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
+  std::string stored;
+  for (const Change& change : changes) {
+    if (change.record->put(handler, change.image) == 0) {
+      const std::string before =
+          stored.empty() ? "nothing was stored" : fmt::format("stored before that: {}", stored);
+      return Refused(
+          fmt::format("{} could not be written; the file refuses it, or the disk is full ({})",
+                      change.record->title, before));
+    }
+    if (!stored.empty()) stored += ", ";
+    stored += fmt::format("{} ({})", change.record->title, SignatureText(change.record->signature));
+  }
+  return {Outcome::Done, fmt::format("stored {}", stored)};
+}
+
+// A sibling of the file that does not exist. Never named ".tmp": the store removes such a file.
+AFilePath Sibling(const std::string& path) {
+  for (int i = 0;; ++i) {
+    AFilePath sibling(fmt::format("{}.vkcl-new-{}", path, i));
+    if (!sibling.exists()) return sibling;
+  }
+}
+
+SetResult StoreInOrderedCopy(const std::string& path, const VKCLProfile& profile,
+                             const std::vector<Change>& changes) {
+  const AFilePath sibling = Sibling(path);
+  if (!ArrangeTagData(profile, sibling)) {
+    return Refused(
+        "its tag data do not lie in table order, and a copy in order could not be written (a tag "
+        "reaches beyond the end of the file, or the disk is full)");
+  }
+  std::error_code error;
+  SetResult result = Refused("");
+  {
+    VKCLProfileHandler copy(sibling, profile.channelCount);
+    result = Store(copy, changes);
+  }
+  if (result.outcome == Outcome::Done) {
+    const auto mode = std::filesystem::status(path, error).permissions();
+    if (!error) std::filesystem::permissions(sibling.str(), mode, error);
+    error.clear();
+    std::filesystem::rename(sibling.str(), path, error);
+    if (!error) {
+      result.message += "; its tag data were brought into table order first";
+      return result;
+    }
+    result = Refused(fmt::format("the changed copy cannot take its place: {}", error.message()));
+  }
+  sibling.remove();
+  return result;
+}
+
+}  // namespace
+
+std::string SettableFields() {
+  std::string text;
+  for (const RecordType& record : RecordTypes()) {
+    text += fmt::format("  {:<16}{}\n", record.name, Names(record.fields));
+  }
+  return text;
+}
+
+SetResult SetFields(const std::string& path, const std::vector<std::string>& assignments,
+                    int channels, int createChannels) {
+  std::vector<Assignment> parsed;
+  for (const std::string& text : assignments) {
+    Assignment assignment = {};
+    const std::string why = Parse(text, assignment);
+    if (!why.empty()) return Usage(why);
+    parsed.push_back(std::move(assignment));
+  }
+  const bool exists = AFilePath(path).exists();
+  const bool create = createChannels > 0 && !exists;
+  if (!create) {
+    std::string why = WhyInvalid(path, channels);
+    if (!exists) why += "; --create N makes a minimal profile of N channels";
+    if (!why.empty()) return Refused(why);
+  } else if (createChannels < 3 || createChannels > 16) {
+    return Usage("a profile is created with 3 to 16 channels");
+  }
+
+  VKCLProfileHandler handler(AFilePath(path), create ? createChannels : channels);
+  std::vector<Change> changes;
+  changes.reserve(parsed.size());
+  for (const Assignment& assignment : parsed) {
+    Image* image = nullptr;
+    std::string why = ImageFor(handler, *assignment.record, changes, image);
+    if (!why.empty()) return Refused(why);
+    why = SetField(*assignment.field, assignment.index, assignment.value, *image);
+    if (!why.empty()) return Usage(fmt::format("{} {}", assignment.target, why));
+  }
+  return create || LayoutSuits(handler, changes)
+             ? Store(handler, changes)
+             : StoreInOrderedCopy(path, *handler.GetProfilePtr(), changes);
+}
+
+}  // namespace vkcl::tool

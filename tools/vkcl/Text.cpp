@@ -1,0 +1,101 @@
+#include "Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace vkcl::tool {
+namespace {
+
+// Length of the UTF-8 character at the front; 0 when the bytes there are none.
+std::size_t Utf8Length(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return 0;
+  }
+  const unsigned char second = byte(1);
+  const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+  const bool beyond = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
+  return overlong || beyond ? 0 : length;
+}
+
+// C1 controls (U+0080 to U+009F) drive terminals, too.
+bool IsControl(std::string_view character) {
+  const auto lead = static_cast<unsigned char>(character[0]);
+  if (character.size() == 1) return lead < 0x20 || lead == 0x7F;
+  return lead == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+}
+
+template <class Number>
+std::string Shortest(Number number) {
+  std::array<char, 64> buffer = {};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+  return {buffer.data(), result.ptr};
+}
+
+}  // namespace
+
+std::string SignatureText(std::uint32_t signature) {
+  std::string text;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    const auto c = static_cast<unsigned char>(signature >> shift);
+    text += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
+  }
+  return text;
+}
+
+std::string Printable(std::string_view bytes) {
+  std::string text;
+  while (!bytes.empty()) {
+    const std::size_t length = std::max<std::size_t>(Utf8Length(bytes), 1);
+    const std::string_view character = bytes.substr(0, length);
+    const bool plain = Utf8Length(bytes) != 0 && !IsControl(character);
+    if (character == "\\" || character == "\"") text += '\\';
+    if (plain) {
+      text += character;
+    } else {
+      for (const char c : character) {
+        text += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
+      }
+    }
+    bytes.remove_prefix(length);
+  }
+  return text;
+}
+
+std::string Utf8(std::string_view bytes) {
+  std::string text;
+  while (!bytes.empty()) {
+    const std::size_t length = Utf8Length(bytes);
+    text += length != 0 ? bytes.substr(0, length) : std::string_view("\xEF\xBF\xBD");
+    bytes.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return text;
+}
+
+std::string_view FieldText(const char* field, std::size_t width) {
+  return {field, static_cast<std::size_t>(std::find(field, field + width, '\0') - field)};
+}
+
+std::string NumberText(float number) { return Shortest(number); }
+
+std::string NumberText(double number) { return Shortest(number); }
+
+std::string HexText(const unsigned char* bytes, std::size_t count) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  text.reserve(2 * count);
+  for (std::size_t i = 0; i < count; ++i) {
+    text += kDigits[bytes[i] >> 4];
+    text += kDigits[bytes[i] & 15];
+  }
+  return text;
+}
+
+}  // namespace vkcl::tool
