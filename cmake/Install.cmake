@@ -45,6 +45,7 @@ else()
   set(vkcl_pc_cflags "")
   set(vkcl_pc_requires "lcms2")
 endif()
+file(RELATIVE_PATH vkcl_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vkclprofilehandler.pc.in"
                "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc"

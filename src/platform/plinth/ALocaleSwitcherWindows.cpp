@@ -1,6 +1,7 @@
 #include <locale.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/plinth/ALocaleSwitcher.h"
