@@ -81,7 +81,11 @@ std::vector<Range> Joined(std::vector<Range> ranges) {
 class Rewrite {
  public:
   Rewrite(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end)
-      : path_(path), pieces_(Visible(pieces)), end_(end) {}
+      : path_(path), pieces_(Visible(pieces)), end_(end) {
+    for (const FilePiece& piece : pieces) {  // also of what lies under other pieces
+      if (piece.bytes == nullptr) held_ = std::max(held_, piece.from + piece.length);
+    }
+  }
 
   bool Run(FileOrigin origin);
   std::uint64_t newLength() const { return newLength_; }
@@ -106,6 +110,7 @@ class Rewrite {
   FileEnd end_;
   AFile file_;
   bool created_ = false;
+  std::uint64_t held_ = 0;  // what the pieces take the file to hold
   std::uint64_t oldLength_ = 0;
   std::uint64_t newLength_ = 0;
   std::vector<Kept> kept_;
@@ -125,9 +130,8 @@ bool Rewrite::Plan() {
   newLength_ = end_ == FileEnd::Keep ? oldLength_ : 0;
   for (const FilePiece& piece : pieces_) {
     newLength_ = std::max(newLength_, EndOf(piece));
-    if (piece.bytes == nullptr && piece.from + piece.length > oldLength_) return false;
   }
-  if (newLength_ > kLongestFile) return false;
+  if (newLength_ > kLongestFile || held_ > oldLength_) return false;
   // What stays where it is has been checked, and is neither read nor written.
   std::erase_if(pieces_, [](const FilePiece& piece) {
     return piece.bytes == nullptr && piece.from == piece.at;

@@ -94,7 +94,8 @@ class VKCL_API VKCLProfile {
 
   // Writing. Private tags are stored as binary 'data'. All writers assume that tag data lie in
   // table order behind the table, each padded to a multiple of 4, as they leave them themselves;
-  // vkcl::TagDataSuitWriting tells whether they do. On failure, which is 0, the file is as it was.
+  // vkcl::TagDataSuitWriting tells whether they do. On failure, which is 0, the file is as it was;
+  // only a replacement of the same length whose close fails leaves the new payload there.
 
   /// Stores a payload: replaces the first entry of that signature, or appends one. When the
   /// profile is not valid and its channel count is 3 to 16, a minimal output profile that holds
@@ -141,6 +142,7 @@ class VKCL_API VKCLProfile {
   bool IsProfileNow() const;
   static icHeader DummyHeader(int channels, std::uint32_t tagSize);
   bool TableInFile(std::vector<icTag>& table) const;
+  static std::vector<char> BuildTag(const void* data, std::uint32_t length);
   static std::vector<char> BuildHead(const icHeader& newHeader, const std::vector<icTag>& table);
   int Rewrite(const std::vector<vkcl::FilePiece>& pieces, bool cut, std::uint64_t newSize,
               std::vector<icTag>& table);

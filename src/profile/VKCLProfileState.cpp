@@ -1,5 +1,6 @@
 // Whose profile this is, and how far its making has come.
 #include <algorithm>
+#include <cstddef>
 
 #include "privatetags/ParameterRecords.h"
 #include "profile/VKCLProfile.h"
@@ -41,8 +42,11 @@ int VKCLProfile::GetVKCLProfileFinishedState(VKCLProfileFinishedState& state,
   bool heldBack = false;
   if (ignoreStatus == 0) {
     VKColorParam param;
-    if (ReadVKPrivateTag(QX53, &param, sizeof param, nullptr) == 0) return 0;
-    heldBack = param.status == kStatusHeldBack;
+    unsigned long length = 0;
+    if (ReadVKPrivateTag(QX53, &param, sizeof param, &length) == 0) return 0;
+    // A payload that ends before or within the status has none.
+    constexpr unsigned long kStatusEnd = offsetof(VKColorParam, status) + sizeof param.status;
+    heldBack = length >= kStatusEnd && param.status == kStatusHeldBack;
   }
   if (!heldBack) {
     for (const DecidingTag& tag : kDecidingTags) {

@@ -121,6 +121,14 @@ void VKCLProfile::WriteDataType(void** cursor, const void* data, unsigned long l
   *cursor = bytes + padded;
 }
 
+// A whole tag, padding included.
+std::vector<char> VKCLProfile::BuildTag(const void* data, std::uint32_t length) {
+  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
+  void* cursor = tag.data();
+  WriteDataType(&cursor, data, length, nullptr);
+  return tag;
+}
+
 // Header, count and table as they stand in the file.
 std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
                                          const std::vector<icTag>& table) {
@@ -148,7 +156,6 @@ bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
 // Applies the pieces behind a head that is built here, and then brings the object up to date.
 int VKCLProfile::Rewrite(const std::vector<FilePiece>& body, bool cut, std::uint64_t newSize,
                          std::vector<icTag>& table) {
-  if (newSize > kMost) return 0;
   icHeader newHeader = header;
   newHeader.size = static_cast<std::uint32_t>(newSize);
   const std::vector<char> head = BuildHead(newHeader, table);
@@ -209,9 +216,7 @@ int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long l
 // here that could be put back.
 int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   if (!FileHolds(entry)) return 0;
-  std::vector<char> tag(PadTo4(entry.size));
-  void* cursor = tag.data();
-  WriteDataType(&cursor, data, entry.size - kDataHead, nullptr);
+  const std::vector<char> tag = BuildTag(data, entry.size - kDataHead);
   AFile file;
   if (!file.open(filePath, AFile::Write) || !file.seek(entry.offset)) return 0;
   const bool written = file.write(tag.data(), tag.size()) == tag.size();
@@ -234,14 +239,13 @@ int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_
   if (restFrom < regionStart || restFrom > header.size) return 0;
   if (!FileHolds(table[index])) return 0;
 
-  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
-  void* cursor = tag.data();
-  WriteDataType(&cursor, data, length, nullptr);
+  const std::uint64_t newPadded = PadTo4(std::uint64_t{length} + kDataHead);
+  const std::uint64_t grown = header.size + newPadded;
+  if (grown < oldPadded || grown - oldPadded > kMost) return 0;
   table[index].size = length + kDataHead;
   if (!Chain(table, index + 1)) return 0;
-  const std::uint64_t grown = header.size + tag.size();
-  if (grown < oldPadded) return 0;
-  const FilePiece rest = Moved(restFrom, header.size - restFrom, tagStart + tag.size());
+  const std::vector<char> tag = BuildTag(data, length);
+  const FilePiece rest = Moved(restFrom, header.size - restFrom, tagStart + newPadded);
   // The data region is read by the size of the header: what it announces must be there.
   const FilePiece prefix = Moved(regionStart, tagStart - regionStart, regionStart);
   return Rewrite({prefix, FromMemory(tagStart, tag), rest}, true, grown - oldPadded, table);
@@ -256,16 +260,15 @@ int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
   if (!table.empty() && !FileHolds({table.front().sig, table.front().offset, 0})) return 0;
   if (!Shift(table, kEntrySize)) return 0;
   const std::uint64_t tagStart = std::uint64_t{header.size} + kEntrySize;
-  if (tagStart > kMost) return 0;
-  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
-  void* cursor = tag.data();
-  WriteDataType(&cursor, data, length, nullptr);
+  const std::uint64_t newSize = tagStart + PadTo4(std::uint64_t{length} + kDataHead);
+  if (newSize > kMost) return 0;
   table.push_back({static_cast<icTagSignature>(sig), static_cast<std::uint32_t>(tagStart),
                    static_cast<std::uint32_t>(length) + kDataHead});
   if (table.front().offset < HeadSize(table.size())) return 0;  // data within the table
   const std::uint64_t regionStart = HeadSize(tagCount);
   const FilePiece region = Moved(regionStart, header.size - regionStart, table.front().offset);
-  return Rewrite({region, FromMemory(tagStart, tag)}, false, tagStart + tag.size(), table);
+  const std::vector<char> tag = BuildTag(data, static_cast<std::uint32_t>(length));
+  return Rewrite({region, FromMemory(tagStart, tag)}, false, newSize, table);
 }
 
 int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
@@ -280,11 +283,14 @@ int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
     if (regionStart < HeadSize(tagCount) || regionStart > header.size) return 0;
     if (!table.empty() && !FileHolds(table.back())) return 0;  // the new tags follow the last one
     if (!Shift(table, distance)) return 0;
+    std::uint64_t newSize = header.size + distance;
     for (std::size_t i = 0; i < added; ++i) {
       if (!CanStore(tags[i].data, tags[i].size)) return 0;
       table.push_back(
           {static_cast<icTagSignature>(tags[i].signature), 0, tags[i].size + kDataHead});
+      newSize += PadTo4(table.back().size);
     }
+    if (newSize > kMost) return 0;
     if (tagCount == 0) {
       const std::uint64_t firstStart = header.size + distance;
       if (firstStart > kMost) return 0;
@@ -294,15 +300,11 @@ int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
 
     std::vector<FilePiece> body = {
         Moved(regionStart, header.size - regionStart, regionStart + distance)};
-    std::uint64_t newSize = header.size + distance;
     std::vector<std::vector<char>> blocks;
     blocks.reserve(added);
     for (std::size_t i = 0; i < added; ++i) {
-      blocks.emplace_back(PadTo4(std::uint64_t{tags[i].size} + kDataHead));
-      void* cursor = blocks.back().data();
-      WriteDataType(&cursor, tags[i].data, tags[i].size, nullptr);
+      blocks.push_back(BuildTag(tags[i].data, tags[i].size));
       body.push_back(FromMemory(table[tagCount + i].offset, blocks.back()));
-      newSize += blocks.back().size();
     }
     return Rewrite(body, false, newSize, table);
   });
@@ -344,9 +346,7 @@ int VKCLProfile::CreateDummyICC(icTag* tag, const void* data) {
 
   const icHeader made = DummyHeader(channelCount, tag->size);
   const std::vector<char> head = BuildHead(made, {*tag});
-  std::vector<char> block(PadTo4(tag->size));
-  void* cursor = block.data();
-  WriteDataType(&cursor, data, tag->size - kDataHead, nullptr);
+  const std::vector<char> block = BuildTag(data, tag->size - kDataHead);
   std::unique_ptr<icTag[]> newTable(new icTag[1]{*tag});
   std::uint64_t newLength = 0;
   if (!vkcl::RewriteFile(filePath, {FromMemory(0, head), FromMemory(head.size(), block)},
