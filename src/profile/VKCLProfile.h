@@ -144,7 +144,7 @@ class VKCL_API VKCLProfile {
   bool TableInFile(std::vector<icTag>& table) const;
   static std::vector<char> BuildTag(const void* data, std::uint32_t length);
   static std::vector<char> BuildHead(const icHeader& newHeader, const std::vector<icTag>& table);
-  int Rewrite(const std::vector<vkcl::FilePiece>& pieces, bool cut, std::uint64_t newSize,
+  int Rewrite(const std::vector<vkcl::FilePiece>& body, bool cut, std::uint64_t newSize,
               std::vector<icTag>& table);
   static void WriteTagTable(void** cursor, const icTag* tags, unsigned long count);
   static void WriteTagTableEntry(void* dest, const icTag* tag);

@@ -34,6 +34,7 @@ struct VKCLProfile::TypedRead {
   bool mayClobber;  // `out` is not seen by the caller when the read fails
 };
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): asked of a profile
 int VKCLProfile::isVKCLPrivateTag(icTagSignature sig) const { return sig >> 16 == 0x5158u; }
 
 // Whether the tag's bytes lie within the file. The length that is known spares a question to the

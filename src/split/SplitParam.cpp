@@ -122,5 +122,5 @@ SplitTypeV2* NewSplitTypeV2Array(int count) {
 }
 
 void FreeSplitTypeV2Array(SplitTypeV2* array) {
-  if (array == nullptr) delete[] array;
+  if (array == nullptr) delete[] array;  // NOLINT(readability-delete-null-pointer): deliberate
 }

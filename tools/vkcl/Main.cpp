@@ -67,9 +67,7 @@ int RunSet(const SetOptions& options) {
 constexpr const char* kChannelsHelp =
     "Channels of the profile, for colour spaces that do not tell (0: from the header)";
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   CLI::App app("Look at and change the private data of ICC profiles.", "vkcl");
   app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION);
   app.require_subcommand(1);
@@ -102,8 +100,16 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     const int code = app.exit(error);
     return code == 0 ? 0 : static_cast<int>(Outcome::Usage);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "vkcl: {}\n", error.what());
+    std::fputs(error.what(), stderr);
     return static_cast<int>(Outcome::Refused);
   }
 }

@@ -337,8 +337,7 @@ std::string SetField(const Field& field, int index, const std::string& text, Ima
   }
   Image changed = image;
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    const std::string why =
-        SetElement(field, parts[i], changed.data() + field.offset + i * field.length);
+    std::string why = SetElement(field, parts[i], changed.data() + field.offset + i * field.length);
     if (!why.empty()) return why;
   }
   image = std::move(changed);

@@ -59,7 +59,7 @@ std::string WhyInvalid(const std::string& path, int channels) {
   }
   const std::uint64_t length = std::filesystem::file_size(path, error);
   if (error) return "it is not a regular file";
-  const std::string why = WhyHeaderIsRefused(file, length);
+  std::string why = WhyHeaderIsRefused(file, length);
   if (!why.empty()) return why;
 
   const VKCLProfile profile(path, channels);

@@ -81,7 +81,7 @@ struct TransformDeleter {
 };
 using Transform = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, TransformDeleter>;
 
-void Silent(cmsContext, cmsUInt32Number, const char*) {}
+void Silent(cmsContext /*context*/, cmsUInt32Number /*code*/, const char* /*text*/) {}
 
 Context NewContext() {
   Context context(cmsCreateContext(nullptr, nullptr));
