@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -109,7 +110,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {
-    std::fputs(error.what(), stderr);
+    std::cerr << "vkcl: " << error.what() << '\n';
     return static_cast<int>(Outcome::Refused);
   }
 }
