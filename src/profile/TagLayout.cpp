@@ -8,7 +8,7 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/WholeFile.h"
-#include "profile/FileRewrite.h"
+#include "platform/plinth/FileRewrite.h"
 
 namespace vkcl {
 namespace {

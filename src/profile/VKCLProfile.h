@@ -142,15 +142,14 @@ class VKCL_API VKCLProfile {
   bool IsProfileNow() const;
   static icHeader DummyHeader(int channels, std::uint32_t tagSize);
   bool TableInFile(std::vector<icTag>& table) const;
-  static std::vector<char> BuildTag(const void* data, std::uint32_t length);
   static std::vector<char> BuildHead(const icHeader& newHeader, const std::vector<icTag>& table);
   int Rewrite(const std::vector<vkcl::FilePiece>& body, bool cut, std::uint64_t newSize,
               std::vector<icTag>& table);
   static void WriteTagTable(void** cursor, const icTag* tags, unsigned long count);
   static void WriteTagTableEntry(void* dest, const icTag* tag);
-  static void WriteDataType(void** cursor, const void* data, unsigned long length,
-                            unsigned long* written);
 
+  // The header's size as it stands in the file; writers lay out by it.
+  std::uint32_t sizeInFile_ = 0;
   // Length of the file when it was last opened as a whole: loaded or rewritten.
   std::uint64_t fileLength_ = 0;
   // Entries whose size in the table is that of an update that failed, with their size in the file.

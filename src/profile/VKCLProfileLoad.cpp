@@ -81,6 +81,7 @@ void VKCLProfile::Load() {
   if (got < kHeaderSize) return;
   std::memcpy(&header, start.data(), kHeaderSize);
   ReverseICCHeader(&header);
+  sizeInFile_ = header.size;
   if (header.magic != icMagicNumber || got < kTableStart) return;
 
   tagCount = vkcl::LoadBig32(start.data() + kHeaderSize);
@@ -144,6 +145,7 @@ void VKCLProfile::CopyFrom(const VKCLProfile& other) {
   channelCount = other.channelCount;
   header = other.header;
   tagCount = other.tagCount;
+  sizeInFile_ = other.sizeInFile_;
   fileLength_ = other.fileLength_;
 }
 

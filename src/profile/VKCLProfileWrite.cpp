@@ -12,6 +12,7 @@
 // data region, the new tags. Offsets are followed as the table has them, also where tag data do not
 // lie in table order; vkcl::ArrangeTagData (TagLayout.h) brings such a file into order first.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -20,7 +21,7 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/ATime.h"
-#include "profile/FileRewrite.h"
+#include "platform/plinth/FileRewrite.h"
 #include "profile/VKCLProfile.h"
 
 using vkcl::FileEnd;
@@ -33,13 +34,23 @@ namespace {
 constexpr std::uint32_t kTableStart = 132;
 constexpr std::uint32_t kEntrySize = 12;
 constexpr std::uint32_t kDataHead = 12;
-constexpr std::uint32_t kBinaryData = 1;
 constexpr std::uint64_t kMost = UINT32_MAX;
 
 constexpr std::uint64_t HeadSize(std::uint64_t count) { return kTableStart + kEntrySize * count; }
 
 FilePiece FromMemory(std::uint64_t at, const std::vector<char>& bytes) {
   return {at, bytes.size(), bytes.data(), 0};
+}
+
+// A whole tag at `at`: the head of binary data, the payload where the caller has it, the padding.
+void AppendTag(std::vector<FilePiece>& pieces, std::uint64_t at, const void* data,
+               std::uint32_t length) {
+  static constexpr std::uint8_t kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
+  static constexpr std::uint8_t kZeros[4] = {};
+  const std::uint64_t end = at + kDataHead + length;
+  pieces.push_back({at, kDataHead, kHead, 0});
+  pieces.push_back({at + kDataHead, length, data, 0});
+  pieces.push_back({end, PadTo4(end - at) - (end - at), kZeros, 0});
 }
 
 FilePiece Moved(std::uint64_t from, std::uint64_t length, std::uint64_t to) {
@@ -105,30 +116,6 @@ void VKCLProfile::WriteTagTable(void** cursor, const icTag* tags, unsigned long 
   *cursor = bytes;
 }
 
-// Writes a 'data' tag and its padding at the cursor and moves it behind them; `written`, when
-// given, receives the padded length.
-void VKCLProfile::WriteDataType(void** cursor, const void* data, unsigned long length,
-                                unsigned long* written) {
-  auto* bytes = static_cast<char*>(*cursor);
-  const unsigned long padded = GetPadSize(length + kDataHead);
-  vkcl::StoreBig32(bytes, icSigDataType);
-  vkcl::StoreBig32(bytes + 4, 0);
-  vkcl::StoreBig32(bytes + 8, kBinaryData);
-  if (length > 0) std::memcpy(bytes + kDataHead, data, length);
-  const unsigned long used = kDataHead + length;
-  std::memset(bytes + used, 0, padded - used);
-  if (written != nullptr) *written = padded;
-  *cursor = bytes + padded;
-}
-
-// A whole tag, padding included.
-std::vector<char> VKCLProfile::BuildTag(const void* data, std::uint32_t length) {
-  std::vector<char> tag(PadTo4(std::uint64_t{length} + kDataHead));
-  void* cursor = tag.data();
-  WriteDataType(&cursor, data, length, nullptr);
-  return tag;
-}
-
 // Header, count and table as they stand in the file.
 std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
                                          const std::vector<icTag>& table) {
@@ -145,7 +132,7 @@ std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
 // The table with the sizes that the file has, also after an update that failed. False without a
 // table, and when the header's size leaves no room for it.
 bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
-  if (tagTable == nullptr || header.size < HeadSize(tagCount)) return false;
+  if (tagTable == nullptr || sizeInFile_ < HeadSize(tagCount)) return false;
   table.assign(tagTable, tagTable + tagCount);
   for (const auto& [index, size] : sizesInFile_) {
     if (index < tagCount) table[index].size = size;
@@ -173,6 +160,7 @@ int VKCLProfile::Rewrite(const std::vector<FilePiece>& body, bool cut, std::uint
   tagTable = newTable.release();
   tagCount = static_cast<std::uint32_t>(table.size());
   header.size = newHeader.size;
+  sizeInFile_ = newHeader.size;
   fileLength_ = newLength;
   sizesInFile_.clear();
   return 1;
@@ -216,10 +204,15 @@ int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long l
 // here that could be put back.
 int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   if (!FileHolds(entry)) return 0;
-  const std::vector<char> tag = BuildTag(data, entry.size - kDataHead);
+  std::vector<FilePiece> pieces;
+  AppendTag(pieces, entry.offset, data, entry.size - kDataHead);
+  std::array<vkcl::host::Slice, 3> slices = {};
+  std::transform(pieces.begin(), pieces.end(), slices.begin(), [](const FilePiece& piece) {
+    return vkcl::host::Slice{piece.bytes, static_cast<std::size_t>(piece.length)};
+  });
   AFile file;
-  if (!file.open(filePath, AFile::Write) || !file.seek(entry.offset)) return 0;
-  const bool written = file.write(tag.data(), tag.size()) == tag.size();
+  if (!file.open(filePath, AFile::Write)) return 0;
+  const bool written = file.writeAt(entry.offset, slices) == PadTo4(entry.size);
   return file.close() && written ? 1 : 0;
 }
 
@@ -234,21 +227,21 @@ int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_
   const std::uint64_t oldPadded = PadTo4(table[index].size);
   // The first tag follows the table at once: bytes that lay between are not carried over.
   const std::uint64_t tagStart = isFirst ? regionStart : table[index].offset;
-  const std::uint64_t restFrom = isLast ? header.size : table[index + 1].offset;
-  if (tagStart < regionStart || tagStart > header.size) return 0;
-  if (restFrom < regionStart || restFrom > header.size) return 0;
+  const std::uint64_t restFrom = isLast ? sizeInFile_ : table[index + 1].offset;
+  if (tagStart < regionStart || tagStart > sizeInFile_) return 0;
+  if (restFrom < regionStart || restFrom > sizeInFile_) return 0;
   if (!FileHolds(table[index])) return 0;
 
   const std::uint64_t newPadded = PadTo4(std::uint64_t{length} + kDataHead);
-  const std::uint64_t grown = header.size + newPadded;
+  const std::uint64_t grown = sizeInFile_ + newPadded;
   if (grown < oldPadded || grown - oldPadded > kMost) return 0;
   table[index].size = length + kDataHead;
   if (!Chain(table, index + 1)) return 0;
-  const std::vector<char> tag = BuildTag(data, length);
-  const FilePiece rest = Moved(restFrom, header.size - restFrom, tagStart + newPadded);
-  // The data region is read by the size of the header: what it announces must be there.
-  const FilePiece prefix = Moved(regionStart, tagStart - regionStart, regionStart);
-  return Rewrite({prefix, FromMemory(tagStart, tag), rest}, true, grown - oldPadded, table);
+  // What stays in front of the tag moves nowhere, and must be there all the same.
+  std::vector<FilePiece> body = {Moved(regionStart, tagStart - regionStart, regionStart)};
+  AppendTag(body, tagStart, data, length);
+  body.push_back(Moved(restFrom, sizeInFile_ - restFrom, tagStart + newPadded));
+  return Rewrite(body, true, grown - oldPadded, table);
 }
 
 // Appends an entry and a tag. The table grows by 12 bytes, so everything behind it moves back by
@@ -259,16 +252,17 @@ int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
   if (!TableInFile(table)) return 0;
   if (!table.empty() && !FileHolds({table.front().sig, table.front().offset, 0})) return 0;
   if (!Shift(table, kEntrySize)) return 0;
-  const std::uint64_t tagStart = std::uint64_t{header.size} + kEntrySize;
+  const std::uint64_t tagStart = std::uint64_t{sizeInFile_} + kEntrySize;
   const std::uint64_t newSize = tagStart + PadTo4(std::uint64_t{length} + kDataHead);
   if (newSize > kMost) return 0;
   table.push_back({static_cast<icTagSignature>(sig), static_cast<std::uint32_t>(tagStart),
                    static_cast<std::uint32_t>(length) + kDataHead});
   if (table.front().offset < HeadSize(table.size())) return 0;  // data within the table
   const std::uint64_t regionStart = HeadSize(tagCount);
-  const FilePiece region = Moved(regionStart, header.size - regionStart, table.front().offset);
-  const std::vector<char> tag = BuildTag(data, static_cast<std::uint32_t>(length));
-  return Rewrite({region, FromMemory(tagStart, tag)}, false, newSize, table);
+  std::vector<FilePiece> body = {
+      Moved(regionStart, sizeInFile_ - regionStart, table.front().offset)};
+  AppendTag(body, tagStart, data, static_cast<std::uint32_t>(length));
+  return Rewrite(body, false, newSize, table);
 }
 
 int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
@@ -280,10 +274,10 @@ int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
     const std::uint64_t distance = std::uint64_t{kEntrySize} * added;
     // Without a tag the data region is all that lies behind the count.
     const std::uint64_t regionStart = table.empty() ? kTableStart : table.front().offset;
-    if (regionStart < HeadSize(tagCount) || regionStart > header.size) return 0;
+    if (regionStart < HeadSize(tagCount) || regionStart > sizeInFile_) return 0;
     if (!table.empty() && !FileHolds(table.back())) return 0;  // the new tags follow the last one
     if (!Shift(table, distance)) return 0;
-    std::uint64_t newSize = header.size + distance;
+    std::uint64_t newSize = sizeInFile_ + distance;
     for (std::size_t i = 0; i < added; ++i) {
       if (!CanStore(tags[i].data, tags[i].size)) return 0;
       table.push_back(
@@ -292,19 +286,16 @@ int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
     }
     if (newSize > kMost) return 0;
     if (tagCount == 0) {
-      const std::uint64_t firstStart = header.size + distance;
+      const std::uint64_t firstStart = sizeInFile_ + distance;
       if (firstStart > kMost) return 0;
       table.front().offset = static_cast<std::uint32_t>(firstStart);
     }
     if (!Chain(table, std::max<std::size_t>(tagCount, 1))) return 0;
 
     std::vector<FilePiece> body = {
-        Moved(regionStart, header.size - regionStart, regionStart + distance)};
-    std::vector<std::vector<char>> blocks;
-    blocks.reserve(added);
+        Moved(regionStart, sizeInFile_ - regionStart, regionStart + distance)};
     for (std::size_t i = 0; i < added; ++i) {
-      blocks.push_back(BuildTag(tags[i].data, tags[i].size));
-      body.push_back(FromMemory(table[tagCount + i].offset, blocks.back()));
+      AppendTag(body, table[tagCount + i].offset, tags[i].data, tags[i].size);
     }
     return Rewrite(body, false, newSize, table);
   });
@@ -346,17 +337,16 @@ int VKCLProfile::CreateDummyICC(icTag* tag, const void* data) {
 
   const icHeader made = DummyHeader(channelCount, tag->size);
   const std::vector<char> head = BuildHead(made, {*tag});
-  const std::vector<char> block = BuildTag(data, tag->size - kDataHead);
+  std::vector<FilePiece> pieces = {FromMemory(0, head)};
+  AppendTag(pieces, head.size(), data, tag->size - kDataHead);
   std::unique_ptr<icTag[]> newTable(new icTag[1]{*tag});
   std::uint64_t newLength = 0;
-  if (!vkcl::RewriteFile(filePath, {FromMemory(0, head), FromMemory(head.size(), block)},
-                         FileEnd::Cut, FileOrigin::Any, newLength)) {
-    return 0;
-  }
+  if (!vkcl::RewriteFile(filePath, pieces, FileEnd::Cut, FileOrigin::Any, newLength)) return 0;
   delete[] tagTable;
   tagTable = newTable.release();
   tagCount = 1;
   header = made;
+  sizeInFile_ = made.size;
   fileLength_ = newLength;
   sizesInFile_.clear();
   valid = 1;

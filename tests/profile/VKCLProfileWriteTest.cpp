@@ -1281,27 +1281,4 @@ TEST_F(VKCLProfileWrite, TableEntriesAreBigEndianAndTheCursorAdvances) {
   EXPECT_EQ(cursor, room.data());
 }
 
-TEST_F(VKCLProfileWrite, DataTypesAreWrittenAtTheCursor) {
-  for (const unsigned long length : {1ul, 4ul, 5ul, 11ul, 12ul}) {
-    Bytes payload = Pattern(length, 1);
-    // As the writers hand it over: the padding behind the sixteenth byte is zero beforehand.
-    const unsigned long padded = (length + 12 + 3) / 4 * 4;
-    Bytes room(padded + 4, 0);
-    for (std::size_t i = 0; i < 16; ++i) room[i] = 0xCC;
-    room[padded] = 0xCC;
-    void* cursor = room.data();
-    unsigned long written = 77;
-    ProfilePeer::WriteDataType(&cursor, payload.data(), length, &written);
-    EXPECT_EQ(written, padded) << length;
-    EXPECT_EQ(cursor, room.data() + padded) << length;
-    Bytes expected = DataTag(payload);
-    expected.resize(padded, 0);
-    expected.insert(expected.end(), {0xCC, 0, 0, 0});
-    EXPECT_EQ(room, expected) << length;
-    cursor = room.data();
-    ProfilePeer::WriteDataType(&cursor, payload.data(), length, nullptr);
-    EXPECT_EQ(cursor, room.data() + padded) << length;
-  }
-}
-
 }  // namespace

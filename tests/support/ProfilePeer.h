@@ -29,10 +29,6 @@ struct ProfilePeer {
   static void WriteTagTable(void** cursor, const icTag* tags, unsigned long count) {
     VKCLProfile::WriteTagTable(cursor, tags, count);
   }
-  static void WriteDataType(void** cursor, const void* data, unsigned long length,
-                            unsigned long* written) {
-    VKCLProfile::WriteDataType(cursor, data, length, written);
-  }
 };
 
 }  // namespace vkcl

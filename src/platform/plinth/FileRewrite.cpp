@@ -1,4 +1,4 @@
-#include "profile/FileRewrite.h"
+#include "platform/plinth/FileRewrite.h"
 
 #include <algorithm>
 #include <memory>
