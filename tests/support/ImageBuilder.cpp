@@ -1,5 +1,7 @@
 #include "support/ImageBuilder.h"
 
+#include <stdexcept>
+
 #include <algorithm>
 #include <iomanip>
 #include <ostream>
@@ -17,7 +19,9 @@ Bytes Padded(Bytes data) {
 
 unsigned DigitValue(char digit) {
   if (digit >= '0' && digit <= '9') return static_cast<unsigned>(digit - '0');
-  return static_cast<unsigned>(digit - 'A') + 10;
+  if (digit >= 'a' && digit <= 'f') return static_cast<unsigned>(digit - 'a') + 10;
+  if (digit >= 'A' && digit <= 'F') return static_cast<unsigned>(digit - 'A') + 10;
+  throw std::invalid_argument("no hexadecimal digit");
 }
 
 }  // namespace

@@ -201,6 +201,5 @@ bool IsDirectory(const char* path) noexcept {
 
 std::filesystem::path SystemPath(const std::string& path) { return plain_host::SystemPath(path); }
 std::string NarrowPath(const std::filesystem::path& path) { return plain_host::NarrowPath(path); }
-std::string PathFromUtf8(const std::string& path) { return plain_host::PathFromUtf8(path); }
 
 }  // namespace vkcl::host

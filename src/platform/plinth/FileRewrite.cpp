@@ -1,6 +1,8 @@
 #include "platform/plinth/FileRewrite.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 #include <memory>
 
 #include "platform/plinth/AFile.h"
@@ -30,32 +32,41 @@ FilePiece Clip(const FilePiece& piece, const Range& range) {
 
 bool StandsBefore(const FilePiece& a, const FilePiece& b) { return a.at < b.at; }
 
-bool Overlap(const FilePiece& a, const FilePiece& b) { return EndOf(a) > b.at; }
-
-// Cuts out of each part what lies under `cover`.
-std::vector<FilePiece> Uncovered(const std::vector<FilePiece>& parts, const FilePiece& cover) {
-  std::vector<FilePiece> left;
-  for (const FilePiece& part : parts) {
-    left.push_back(Clip(part, {0, cover.at}));
-    left.push_back(Clip(part, {EndOf(cover), UINT64_MAX}));
+// What has been painted so far: disjoint ranges that do not touch, by their beginning.
+class Covered {
+ public:
+  // Calls `show` for each part of the range that is not covered yet, and covers the range.
+  template <class Show>
+  void Cover(std::uint64_t begin, std::uint64_t end, Show show) {
+    auto next = ranges_.upper_bound(begin);
+    if (next != ranges_.begin() && std::prev(next)->second >= begin) --next;
+    std::uint64_t from = begin;
+    std::uint64_t last = end;
+    const std::uint64_t first = next != ranges_.end() ? std::min(begin, next->first) : begin;
+    while (next != ranges_.end() && next->first <= end) {
+      if (from < next->first) show(from, next->first);
+      from = std::max(from, next->second);
+      last = std::max(last, next->second);
+      next = ranges_.erase(next);
+    }
+    if (from < end) show(from, end);
+    ranges_[first] = last;
   }
-  std::erase_if(left, [](const FilePiece& part) { return part.length == 0; });
-  return left;
-}
+
+ private:
+  std::map<std::uint64_t, std::uint64_t> ranges_;
+};
 
 // What is visible of each piece when the later ones lie over the earlier ones: disjoint pieces in
 // the order of the file.
 std::vector<FilePiece> Visible(std::vector<FilePiece> pieces) {
   std::erase_if(pieces, [](const FilePiece& piece) { return piece.length == 0; });
-  std::vector<FilePiece> shown = pieces;
-  std::sort(shown.begin(), shown.end(), StandsBefore);
-  if (std::adjacent_find(shown.begin(), shown.end(), Overlap) == shown.end()) return shown;
-
-  shown.clear();
+  std::vector<FilePiece> shown;
+  Covered covered;
   for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
-    std::vector<FilePiece> parts = {*piece};
-    for (const FilePiece& cover : shown) parts = Uncovered(parts, cover);
-    shown.insert(shown.end(), parts.begin(), parts.end());
+    covered.Cover(piece->at, EndOf(*piece), [&](std::uint64_t begin, std::uint64_t end) {
+      shown.push_back(Clip(*piece, {begin, end}));
+    });
   }
   std::sort(shown.begin(), shown.end(), StandsBefore);
   return shown;
@@ -163,9 +174,10 @@ bool Rewrite::ReadNeeded() {
 
 const void* Rewrite::BytesOf(const FilePiece& piece) const {
   if (piece.bytes != nullptr) return piece.bytes;
-  const auto holder = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& kept) {
-    return piece.from >= kept.range.begin && piece.from < kept.range.end;
-  });
+  const auto holder =  // the kept ranges are sorted, and one of them holds the whole piece
+      std::prev(std::upper_bound(
+          kept_.begin(), kept_.end(), piece.from,
+          [](std::uint64_t from, const Kept& kept) { return from < kept.range.begin; }));
   return holder->bytes.get() + (piece.from - holder->range.begin);
 }
 

@@ -59,7 +59,5 @@ bool IsDirectory(const char* path) noexcept;
 /// The path as the file system takes it (wide characters on Windows), and back.
 std::filesystem::path SystemPath(const std::string& path);
 std::string NarrowPath(const std::filesystem::path& path);
-/// A path given as UTF-8, in the host's narrow encoding.
-std::string PathFromUtf8(const std::string& path);
 
 }  // namespace vkcl::host

@@ -103,6 +103,4 @@ std::filesystem::path SystemPath(const std::string& path) { return path; }
 
 std::string NarrowPath(const std::filesystem::path& path) { return path.string(); }
 
-std::string PathFromUtf8(const std::string& path) { return path; }
-
 }  // namespace vkcl::host

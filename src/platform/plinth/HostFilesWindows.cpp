@@ -10,11 +10,11 @@
 namespace vkcl::host {
 namespace {
 
-std::wstring Wide(const char* text, unsigned int codePage = CP_ACP) {
-  const int length = ::MultiByteToWideChar(codePage, 0, text, -1, nullptr, 0);
+std::wstring Wide(const char* text) {
+  const int length = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
   if (length <= 1) return {};
   std::wstring wide(static_cast<std::size_t>(length), L'\0');
-  ::MultiByteToWideChar(codePage, 0, text, -1, wide.data(), length);
+  ::MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), length);
   wide.pop_back();  // the terminator that the call counts
   return wide;
 }
@@ -144,10 +144,6 @@ std::string NarrowPath(const std::filesystem::path& path) {
   ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, narrow.data(), length, nullptr, nullptr);
   narrow.pop_back();
   return narrow;
-}
-
-std::string PathFromUtf8(const std::string& path) {
-  return NarrowPath(Wide(path.c_str(), CP_UTF8));
 }
 
 }  // namespace vkcl::host

@@ -1,0 +1,232 @@
+// The profiler's options, in the 'meta' dictionary tag of a profile file. Little CMS reads and
+// makes the dictionary; the file itself is rewritten here, so that nothing else in it changes.
+#include <algorithm>
+#include <cstring>
+
+#include "platform/Bytes.h"
+#include "platform/plinth/FileRewrite.h"
+#include "platform/plinth/TextEncoding.h"
+#include "platform/plinth/WholeFile.h"
+#include "platform/profiler/ProfilerObjects.h"
+#include "platform/profiler/TesselColorProfiler.h"
+
+namespace vkcl::profiler {
+namespace {
+
+constexpr const char* kKeys[] = {"ProfileSize", "ProfileFormat", "BlackGeneration",
+                                 "BlackWidth",  "BlackStart",    "BrightenerCorrection",
+                                 "InkTotal"};
+constexpr std::size_t kLongestValue = 255;
+
+using Options = std::map<std::string, std::string>;
+
+bool IsKey(const std::string& key) {
+  return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
+}
+
+struct DictionaryDeleter {
+  void operator()(void* dictionary) const { cmsDictFree(dictionary); }
+};
+using Dictionary = std::unique_ptr<void, DictionaryDeleter>;
+
+// The dictionary of a profile, which keeps it; null without one.
+cmsHANDLE DictionaryOf(const OpenProfile& profile) {
+  return profile ? cmsReadTag(profile.get(), cmsSigMetaTag) : nullptr;
+}
+
+std::string NameOf(const cmsDICTentry& entry) {
+  return entry.Name != nullptr ? WideToUtf8(entry.Name) : std::string();
+}
+
+Options OptionsIn(cmsHANDLE dictionary) {
+  Options options;
+  for (const cmsDICTentry* entry = cmsDictGetEntryList(dictionary); entry != nullptr;
+       entry = cmsDictNextEntry(entry)) {
+    const std::string name = NameOf(*entry);
+    if (!IsKey(name) || entry->Value == nullptr) continue;
+    options[name] = WideToUtf8(entry->Value);
+  }
+  return options;
+}
+
+bool AddEntry(cmsHANDLE dictionary, const std::string& name, const std::string& value) {
+  return cmsDictAddEntry(dictionary, Utf8ToWide(name).c_str(), Utf8ToWide(value).c_str(), nullptr,
+                         nullptr) != 0;
+}
+
+// The old dictionary's other entries, with the options behind them. Little CMS keeps a dictionary
+// with its last entry first, and writes it that way: it is filled from the end.
+Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options) {
+  Dictionary merged(cmsDictAlloc(context.get()));
+  if (!merged) return nullptr;
+  for (auto option = options.rbegin(); option != options.rend(); ++option) {
+    if (!AddEntry(merged.get(), option->first, option->second)) return nullptr;
+  }
+  std::vector<const cmsDICTentry*> kept;
+  for (const cmsDICTentry* entry = old != nullptr ? cmsDictGetEntryList(old) : nullptr;
+       entry != nullptr; entry = cmsDictNextEntry(entry)) {
+    if (options.count(NameOf(*entry)) == 0) kept.push_back(entry);
+  }
+  for (auto entry = kept.rbegin(); entry != kept.rend(); ++entry) {
+    if (!cmsDictAddEntry(merged.get(), (*entry)->Name, (*entry)->Value, (*entry)->DisplayName,
+                         (*entry)->DisplayValue)) {
+      return nullptr;
+    }
+  }
+  return merged;
+}
+
+// The dictionary as the data of a tag, by way of a profile that holds nothing else.
+Bytes TagData(const Context& context, const Dictionary& dictionary) {
+  const OpenProfile carrier(cmsCreateProfilePlaceholder(context.get()));
+  if (!carrier || !dictionary) return {};
+  cmsSetProfileVersion(carrier.get(), 4.3);
+  if (!cmsWriteTag(carrier.get(), cmsSigMetaTag, dictionary.get())) return {};
+  const Bytes bytes = Serialised(carrier);
+  const OpenProfile written = OpenBytes(context, bytes.data(), bytes.size());
+  if (!written) return {};
+  Bytes data(cmsReadRawTag(written.get(), cmsSigMetaTag, nullptr, 0));
+  cmsReadRawTag(written.get(), cmsSigMetaTag, data.data(),
+                static_cast<cmsUInt32Number>(data.size()));
+  return data;
+}
+
+constexpr std::size_t kTableStart = 132;
+constexpr std::size_t kEntrySize = 12;
+
+struct Entry {
+  std::uint32_t sig;
+  std::uint32_t offset;
+  std::uint32_t size;
+  const std::uint8_t* data;
+};
+
+// False when the table or a tag is not wholly in the file.
+bool ReadTable(const std::uint8_t* file, std::size_t length, std::vector<Entry>& table) {
+  if (length < kTableStart) return false;
+  const std::uint64_t count = LoadBig32(file + 128);
+  if (kTableStart + kEntrySize * count > length) return false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint8_t* row = file + kTableStart + kEntrySize * i;
+    const Entry entry = {LoadBig32(row), LoadBig32(row + 4), LoadBig32(row + 8), nullptr};
+    if (std::uint64_t{entry.offset} + entry.size > length) return false;
+    table.push_back(entry);
+    table.back().data = file + entry.offset;
+  }
+  return true;
+}
+
+// Puts the entries' data one behind the other; entries that share a block go on sharing it.
+std::vector<FilePiece> LayOut(std::vector<Entry>& table, std::uint64_t& end) {
+  static constexpr std::uint8_t kZeros[4] = {};
+  std::map<std::pair<const std::uint8_t*, std::uint32_t>, std::uint32_t> placed;
+  std::vector<FilePiece> pieces;
+  end = kTableStart + kEntrySize * table.size();
+  for (Entry& entry : table) {
+    const auto [place, isNew] =
+        placed.try_emplace({entry.data, entry.size}, static_cast<std::uint32_t>(end));
+    entry.offset = place->second;
+    if (!isNew) continue;
+    pieces.push_back({end, entry.size, entry.data, 0});
+    pieces.push_back({end + entry.size, PadTo4(entry.size) - entry.size, kZeros, 0});
+    end += PadTo4(entry.size);
+    if (end > UINT32_MAX) return {};
+  }
+  return pieces;
+}
+
+// Writes the file anew with `data` as its dictionary tag.
+int ReplaceDictionary(const std::string& path, const FileContent& content, const Bytes& data) {
+  const auto* file = reinterpret_cast<const std::uint8_t*>(content.bytes.get());
+  std::vector<Entry> table;
+  if (data.empty() || !ReadTable(file, content.size, table)) return kRefused;
+  const auto isDictionary = [](const Entry& entry) { return entry.sig == cmsSigMetaTag; };
+  auto place = std::find_if(table.begin(), table.end(), isDictionary);
+  if (place == table.end()) place = table.insert(place, Entry{cmsSigMetaTag, 0, 0, nullptr});
+  place->data = data.data();
+  place->size = static_cast<std::uint32_t>(data.size());
+
+  std::uint64_t end = 0;
+  std::vector<FilePiece> pieces = LayOut(table, end);
+  if (pieces.empty()) return kRefused;
+  Bytes head(kTableStart + kEntrySize * table.size());
+  std::memcpy(head.data(), file, 128);
+  StoreBig32(head.data(), static_cast<std::uint32_t>(end));
+  StoreBig32(head.data() + 128, static_cast<std::uint32_t>(table.size()));
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    std::uint8_t* row = head.data() + kTableStart + kEntrySize * i;
+    StoreBig32(row, table[i].sig);
+    StoreBig32(row + 4, table[i].offset);
+    StoreBig32(row + 8, table[i].size);
+  }
+  pieces.push_back({0, head.size(), head.data(), 0});
+  std::uint64_t length = 0;
+  return RewriteFile(path, pieces, FileEnd::Cut, FileOrigin::Existing, length) ? kDone : kRefused;
+}
+
+}  // namespace
+}  // namespace vkcl::profiler
+
+namespace p = vkcl::profiler;
+
+extern "C" {
+
+void* CLNewCLProfilerRef(void) { return p::New<p::Profiler>(); }
+
+int CLImportProfilerOptions(void* profiler, void* fileSpec) {
+  auto* object = p::As<p::Profiler>(profiler);
+  const auto* spec = p::As<p::FileSpec>(fileSpec);
+  if (object == nullptr || spec == nullptr) return p::kRefused;
+  return p::Status([&] {
+    const vkcl::FileContent file = vkcl::ReadWholeFile(spec->path);
+    const p::Context context = p::NewContext();
+    const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
+    const cmsHANDLE dictionary = p::DictionaryOf(profile);
+    if (dictionary == nullptr) return p::kRefused;
+    p::Options options = p::OptionsIn(dictionary);
+    if (options.empty()) return p::kRefused;
+    object->options = std::move(options);
+    return p::kDone;
+  });
+}
+
+int CLGetProfilerOption(void* profiler, const char* key, void* buffer) {
+  const auto* object = p::As<p::Profiler>(profiler);
+  if (object == nullptr || key == nullptr || buffer == nullptr) return p::kRefused;
+  return p::Status([&] {
+    const auto option = object->options.find(key);
+    if (option == object->options.end()) return p::kRefused;
+    const std::size_t length = std::min(option->second.size(), p::kLongestValue);
+    std::memcpy(buffer, option->second.data(), length);
+    static_cast<char*>(buffer)[length] = '\0';
+    return p::kDone;
+  });
+}
+
+int CLSetProfilerOption(void* profiler, const char* key, const char* value) {
+  auto* object = p::As<p::Profiler>(profiler);
+  if (object == nullptr || key == nullptr || value == nullptr) return p::kRefused;
+  return p::Status([&] {
+    if (!p::IsKey(key) || std::strlen(value) > p::kLongestValue) return p::kRefused;
+    object->options[key] = value;
+    return p::kDone;
+  });
+}
+
+int CLExportProfilerOptions(void* profiler, void* fileSpec) {
+  const auto* object = p::As<p::Profiler>(profiler);
+  const auto* spec = p::As<p::FileSpec>(fileSpec);
+  if (object == nullptr || spec == nullptr || object->options.empty()) return p::kRefused;
+  return p::Status([&] {
+    const vkcl::FileContent file = vkcl::ReadWholeFile(spec->path);
+    const p::Context context = p::NewContext();
+    const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
+    if (!profile) return p::kRefused;
+    const p::Dictionary merged = p::Merged(context, p::DictionaryOf(profile), object->options);
+    return p::ReplaceDictionary(spec->path, file, p::TagData(context, merged));
+  });
+}
+
+void CLFreeCLProfilerRef(void* profiler) { p::Free<p::Profiler>(profiler); }
+
+}  // extern "C"
