@@ -9,21 +9,16 @@
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/WholeFile.h"
 #include "platform/plinth/FileRewrite.h"
+#include "profile/TableLayout.h"
 
 namespace vkcl {
 namespace {
-
-constexpr std::uint64_t kTableStart = 132;
-constexpr std::uint64_t kEntrySize = 12;
-constexpr std::uint32_t kDataHead = 12;
 
 std::span<const icTag> TableOf(const VKCLProfile& profile) {
   return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
 }
 
-std::uint64_t RegionStart(std::span<const icTag> table) {
-  return kTableStart + kEntrySize * table.size();
-}
+std::uint64_t RegionStart(std::span<const icTag> table) { return TableEnd(table.size()); }
 
 std::uint64_t EndOf(const icTag& tag) { return std::uint64_t{tag.offset} + tag.size; }
 
@@ -84,6 +79,14 @@ bool TagDataSuitWriting(const VKCLProfile& profile, VKPrivateTagSignature sig,
   const auto index = static_cast<std::size_t>(found - table.begin());
   if (!OwnsBlock(table, index)) return false;
   return found->size == length + kDataHead || CanBeRebuiltFrom(table, index, profile.header.size);
+}
+
+bool TagDataSuitAppending(const VKCLProfile& profile) {
+  if (profile.isValidICC() == 0) return false;
+  const std::span<const icTag> table = TableOf(profile);
+  if (!EndsAgree(profile, LengthOf(profile.filePath))) return false;
+  return table.empty() || (table.front().offset == RegionStart(table) &&
+                           PaddedEndOf(table.back()) == profile.header.size);
 }
 
 bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {

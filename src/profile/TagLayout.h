@@ -17,6 +17,11 @@ namespace vkcl {
 VKCL_API bool TagDataSuitWriting(const VKCLProfile& profile, VKPrivateTagSignature sig,
                                  unsigned long length);
 
+/// True when appending several tags in one pass, or merging into this profile, leaves the bytes of
+/// every other tag as they are (VKCLProfile::WriteMultiVKPrivateTags,
+/// VKCLProfile::MergeVKPrivateTagIntoStandICC). False too for an invalid profile.
+VKCL_API bool TagDataSuitAppending(const VKCLProfile& profile);
+
 /// Writes the profile to a new file at `to` with its tag data in table order, each tag with a
 /// block of its own, padded with zeros: the layout that the writers take to be there. Header (but
 /// for its size), table order and every tag's bytes are kept; bytes that no tag refers to are not.

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -105,6 +106,16 @@ class VKCL_API VKCLProfile {
   /// Appends `count` tags in one rewrite, also where their signatures exist already.
   int WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count);
 
+  /// Appends this profile's private tags, in table order, to `target`, a standard profile made
+  /// elsewhere; this profile is one of the system's own. 1, and nothing changes, when both name one
+  /// file. Deliberately it is this object's header size that is set to the target's new one; the
+  /// target object keeps its old one: whoever goes on with the target opens it anew.
+  int MergeVKPrivateTagIntoStandICC(VKCLProfile& target);
+  /// Writes a copy without private tags to `outputPath`, created or replaced. Tags that share their
+  /// data go on sharing them; bytes that this file does not hold are zeros. Fails when no other tag
+  /// is left, and for this profile's own file; on failure nothing changes.
+  int WriteICCWithoutVKiTags(const char* outputPath);
+
   std::int32_t valid = 0;         ///< 1 once header and tag table were read and accepted
   std::int32_t channelCount = 0;  ///< colour channels
   AFilePath filePath;
@@ -138,6 +149,10 @@ class VKCL_API VKCLProfile {
   int OverwriteTag(const icTag& entry, const void* data);
   int RebuildFrom(std::uint32_t index, const void* data, std::uint32_t length);
   int AddVKPrivateTag(VKPrivateTagSignature sig, const void* data, unsigned long length);
+  using AppendPieces =
+      std::function<void(std::vector<vkcl::FilePiece>& pieces, std::size_t i, std::uint64_t at)>;
+  int AppendTags(const std::vector<icTag>& added, const AppendPieces& append);
+  std::vector<icTag> SelectTags(bool isPrivate) const;
   int CreateDummyICC(icTag* tag, const void* data);
   bool IsProfileNow() const;
   static icHeader DummyHeader(int channels, std::uint32_t tagSize);

@@ -22,21 +22,21 @@
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/ATime.h"
 #include "platform/plinth/FileRewrite.h"
+#include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
 using vkcl::FileEnd;
 using vkcl::FileOrigin;
 using vkcl::FilePiece;
+using vkcl::kDataHead;
+using vkcl::kTableEntry;
+using vkcl::kTableStart;
 using vkcl::PadTo4;
+using vkcl::TableEnd;
 
 namespace {
 
-constexpr std::uint32_t kTableStart = 132;
-constexpr std::uint32_t kEntrySize = 12;
-constexpr std::uint32_t kDataHead = 12;
 constexpr std::uint64_t kMost = UINT32_MAX;
-
-constexpr std::uint64_t HeadSize(std::uint64_t count) { return kTableStart + kEntrySize * count; }
 
 FilePiece FromMemory(std::uint64_t at, const std::vector<char>& bytes) {
   return {at, bytes.size(), bytes.data(), 0};
@@ -110,7 +110,7 @@ void VKCLProfile::WriteTagTableEntry(void* dest, const icTag* tag) {
 // Writes entries at the cursor and moves it behind them.
 void VKCLProfile::WriteTagTable(void** cursor, const icTag* tags, unsigned long count) {
   auto* bytes = static_cast<char*>(*cursor);
-  for (unsigned long i = 0; i < count; ++i, bytes += kEntrySize) {
+  for (unsigned long i = 0; i < count; ++i, bytes += kTableEntry) {
     WriteTagTableEntry(bytes, &tags[i]);
   }
   *cursor = bytes;
@@ -119,7 +119,7 @@ void VKCLProfile::WriteTagTable(void** cursor, const icTag* tags, unsigned long 
 // Header, count and table as they stand in the file.
 std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
                                          const std::vector<icTag>& table) {
-  std::vector<char> head(HeadSize(table.size()));
+  std::vector<char> head(TableEnd(table.size()));
   icHeader fileHeader = newHeader;
   ReverseICCHeader(&fileHeader);
   std::memcpy(head.data(), &fileHeader, sizeof fileHeader);
@@ -132,7 +132,7 @@ std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
 // The table with the sizes that the file has, also after an update that failed. False without a
 // table, and when the header's size leaves no room for it.
 bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
-  if (tagTable == nullptr || sizeInFile_ < HeadSize(tagCount)) return false;
+  if (tagTable == nullptr || sizeInFile_ < TableEnd(tagCount)) return false;
   table.assign(tagTable, tagTable + tagCount);
   for (const auto& [index, size] : sizesInFile_) {
     if (index < tagCount) table[index].size = size;
@@ -221,7 +221,7 @@ int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
 int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_t length) {
   std::vector<icTag> table;
   if (!TableInFile(table)) return 0;
-  const std::uint64_t regionStart = HeadSize(tagCount);
+  const std::uint64_t regionStart = TableEnd(tagCount);
   const bool isFirst = index == 0;
   const bool isLast = index + 1 == tagCount;
   const std::uint64_t oldPadded = PadTo4(table[index].size);
@@ -251,14 +251,14 @@ int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
   std::vector<icTag> table;
   if (!TableInFile(table)) return 0;
   if (!table.empty() && !FileHolds({table.front().sig, table.front().offset, 0})) return 0;
-  if (!Shift(table, kEntrySize)) return 0;
-  const std::uint64_t tagStart = std::uint64_t{sizeInFile_} + kEntrySize;
+  if (!Shift(table, kTableEntry)) return 0;
+  const std::uint64_t tagStart = std::uint64_t{sizeInFile_} + kTableEntry;
   const std::uint64_t newSize = tagStart + PadTo4(std::uint64_t{length} + kDataHead);
   if (newSize > kMost) return 0;
   table.push_back({static_cast<icTagSignature>(sig), static_cast<std::uint32_t>(tagStart),
                    static_cast<std::uint32_t>(length) + kDataHead});
-  if (table.front().offset < HeadSize(table.size())) return 0;  // data within the table
-  const std::uint64_t regionStart = HeadSize(tagCount);
+  if (table.front().offset < TableEnd(table.size())) return 0;  // data within the table
+  const std::uint64_t regionStart = TableEnd(tagCount);
   std::vector<FilePiece> body = {
       Moved(regionStart, sizeInFile_ - regionStart, table.front().offset)};
   AppendTag(body, tagStart, data, static_cast<std::uint32_t>(length));
@@ -268,37 +268,39 @@ int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
 int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
   if (valid == 0 || tags == nullptr || count <= 0) return 0;
   return vkcl::Guarded([&] {
-    const auto added = static_cast<std::size_t>(count);
-    std::vector<icTag> table;
-    if (!TableInFile(table)) return 0;
-    const std::uint64_t distance = std::uint64_t{kEntrySize} * added;
-    // Without a tag the data region is all that lies behind the count.
-    const std::uint64_t regionStart = table.empty() ? kTableStart : table.front().offset;
-    if (regionStart < HeadSize(tagCount) || regionStart > sizeInFile_) return 0;
-    if (!table.empty() && !FileHolds(table.back())) return 0;  // the new tags follow the last one
-    if (!Shift(table, distance)) return 0;
-    std::uint64_t newSize = sizeInFile_ + distance;
-    for (std::size_t i = 0; i < added; ++i) {
+    std::vector<icTag> added;
+    for (int i = 0; i < count; ++i) {
       if (!CanStore(tags[i].data, tags[i].size)) return 0;
-      table.push_back(
+      added.push_back(
           {static_cast<icTagSignature>(tags[i].signature), 0, tags[i].size + kDataHead});
-      newSize += PadTo4(table.back().size);
     }
-    if (newSize > kMost) return 0;
-    if (tagCount == 0) {
-      const std::uint64_t firstStart = sizeInFile_ + distance;
-      if (firstStart > kMost) return 0;
-      table.front().offset = static_cast<std::uint32_t>(firstStart);
-    }
-    if (!Chain(table, std::max<std::size_t>(tagCount, 1))) return 0;
-
-    std::vector<FilePiece> body = {
-        Moved(regionStart, sizeInFile_ - regionStart, regionStart + distance)};
-    for (std::size_t i = 0; i < added; ++i) {
-      AppendTag(body, table[tagCount + i].offset, tags[i].data, tags[i].size);
-    }
-    return Rewrite(body, false, newSize, table);
+    return AppendTags(added, [&](std::vector<FilePiece>& pieces, std::size_t i, std::uint64_t at) {
+      AppendTag(pieces, at, tags[i].data, tags[i].size);
+    });
   });
+}
+
+// Appends entries, of which signature and size are given, and their data in one rewrite: the data
+// region moves back as a whole, and the new tags are chained behind the last old entry.
+int VKCLProfile::AppendTags(const std::vector<icTag>& added, const AppendPieces& append) {
+  std::vector<icTag> table;
+  if (!TableInFile(table)) return 0;
+  const std::uint64_t distance = std::uint64_t{kTableEntry} * added.size();
+  // Without a tag the data region is all that lies behind the count.
+  const std::uint64_t regionStart = table.empty() ? kTableStart : table.front().offset;
+  if (regionStart < TableEnd(tagCount) || regionStart > sizeInFile_) return 0;
+  if (!table.empty() && !FileHolds(table.back())) return 0;  // the new tags follow the last one
+  std::uint64_t newSize = sizeInFile_ + distance;
+  for (const icTag& tag : added) newSize += PadTo4(tag.size);
+  if (newSize > kMost || !Shift(table, distance)) return 0;
+  table.insert(table.end(), added.begin(), added.end());
+  if (tagCount == 0) table.front().offset = static_cast<std::uint32_t>(sizeInFile_ + distance);
+  if (!Chain(table, std::max<std::size_t>(tagCount, 1))) return 0;
+
+  std::vector<FilePiece> body = {
+      Moved(regionStart, sizeInFile_ - regionStart, regionStart + distance)};
+  for (std::size_t i = 0; i < added.size(); ++i) append(body, i, table[tagCount + i].offset);
+  return Rewrite(body, false, newSize, table);
 }
 
 icHeader VKCLProfile::DummyHeader(int channels, std::uint32_t tagSize) {

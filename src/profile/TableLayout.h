@@ -1,0 +1,15 @@
+// Where things stand in a profile file (ICC.1:2001-04, 6.1 and 6.2).
+#pragma once
+
+#include <cstdint>
+
+namespace vkcl {
+
+inline constexpr std::uint32_t kTableStart = 132;  ///< behind the header and the count
+inline constexpr std::uint32_t kTableEntry = 12;   ///< signature, offset, size
+inline constexpr std::uint32_t kDataHead = 12;     ///< head of a 'data' tag
+
+/// First byte behind a table of `count` entries.
+constexpr std::uint64_t TableEnd(std::uint64_t count) { return kTableStart + kTableEntry * count; }
+
+}  // namespace vkcl
