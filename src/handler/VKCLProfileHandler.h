@@ -1,6 +1,8 @@
 // The library's exported header: one ICC profile, and the records stored in it.
 #pragma once
 
+#include "handler/VKCLProfileOptions.h"
+#include "handler/VKCLProfileProperties.h"
 #include "platform/Export.h"
 #include "platform/mfc/CString.h"
 #include "platform/plinth/AFilePath.h"
@@ -112,6 +114,68 @@ class VKCL_API VKCLProfileHandler {
   int GetVKChromaAdjust(AString& text) const;                    ///< 'QX75'
   int GetVKProfileExtraParam(VKProfileExtraParam& param) const;  ///< 'QX76'
 
+  // Data lists. Writers refuse a list whose values do not fit a tag. Readers refuse a payload whose
+  // length is not the one that its counters announce, and then leave the list cleared; without a
+  // readable tag the list stays.
+
+  int WriteLinMeasurementData(const ProfileDataList& list);   ///< 'QX54'
+  int WriteLinReferenceData(const ProfileDataList& list);     ///< 'QX55'
+  int WriteGBMeasurementData(const ProfileDataList& list);    ///< 'QX56'
+  int WriteGBReferenceData(const ProfileDataList& list);      ///< 'QX57'
+  int WriteCharMeasurementData(const ProfileDataList& list);  ///< 'QX59'
+  int WriteCharReferenceData(const ProfileDataList& list);    ///< 'QX60'
+  int WriteVKLinRefData(const ProfileDataList& list);         ///< 'QX72'
+  int WriteVKLinOutputData(const ProfileDataList& list);      ///< 'QX73'
+  int GetVKLinRefData(ProfileDataList& list) const;           ///< 'QX72'
+  int GetVKLinOutputData(ProfileDataList& list) const;        ///< 'QX73'
+
+  /// Embeds a profile that the profiler library holds, byte for byte.
+  int WriteCLICCProfieRef(void* profileRef, EnbedFileType type);
+  /// Writes an embedded file to `path`, replacing one that exists; also when the new one cannot be
+  /// created the old one is gone. A folder, the profile itself and an unknown type are refused
+  /// before anything is touched.
+  int GetEnbededFile(const AFilePath& path, EnbedFileType type) const;
+
+  /// The options with which the profile was computed, from the file's 'meta' dictionary. Without
+  /// them the result is 0 and `options` stays; with some of them, the others become empty.
+  int GetProfileOptions(VKCLProfileOptions& options) const;
+
+  /// Gathers everything: records, target, options, and the lists that the finished state (asked
+  /// with `flag`, see VKCLProfile::GetVKCLProfileFinishedState) lets a profile have. What is
+  /// missing keeps what the record had. Fails, and changes nothing, when there is no state.
+  int GetVKCLProfileProperties(VKCLProfileProperties& properties, int flag) const;
+  /// 1 when the linearisation measurement is a placeholder: format 0xFFFFFFFF, as many samples
+  /// measured as there are, and no values.
+  int IsLinFake() const;
+
+  // The lock. From linearisation on, colour settings are changed only while the profile is
+  // unlocked (status 10 or 12).
+
+  /// 1 when the colour parameters can be read and say so, whatever the finished state.
+  int isVKCLUnLockedProfile() const;
+  /// Status 9 becomes 12, any other but 10 and 12 becomes 10. 1, and no write, when unlocked.
+  int UnLockVKCLProfile();
+  /// Replaces the colour parameters by `settings`, whose status becomes the stored one first.
+  int ModifyUnLockedColorSettings(VKColorParam& settings);
+  /// Status 10 becomes 11, 12 becomes 13; any other is refused.
+  int LockUnLockedVKCLProfile();
+
  private:
+  int WriteProfileDataList(const ProfileDataList& list, VKPrivateTagSignature signature);
+  int ReadProfileDataList(ProfileDataList& list, VKPrivateTagSignature signature) const;
+  int GetEnbededFile(const AFilePath& path, VKPrivateTagSignature signature) const;
+  static int GetICCDataFormatFromStr(const AString& word, unsigned long& format);
+  int LoadVKCLProfilePropertiesHelper(VKCLProfileProperties& properties) const;
+  int ParseVKCLtargBuffer(VKCLProfileProperties& properties, const char* text) const;
+
   VKCLProfile profile_;
 };
+
+/// A new 16-bit link of the profiler library that is a copy of `link16Ref`; the caller releases it
+/// with CLFreeCLLink16Ref. `size`, when given, receives the serialised length. Null for a null
+/// link and for one that cannot be saved or loaded.
+extern "C" VKCL_API void* CopyCLLinkRef(void* link16Ref, unsigned int* size);
+
+/// Text of the host's narrow encoding (the ANSI code page on Windows, the locale's charset
+/// elsewhere) as UTF-8. Bytes that are no text become U+FFFD.
+VKCL_API AString VKCLMultiByteToUTF8(const AString& text);

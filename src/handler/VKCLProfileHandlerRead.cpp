@@ -7,7 +7,6 @@
 #include "handler/TagReading.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/Guarded.h"
-#include "platform/plinth/AFile.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
 using vkcl::FillRecord;
@@ -51,17 +50,6 @@ int ReadNumber(const VKCLProfile& profile, VKPrivateTagSignature signature) {
   std::int32_t number = 0;
   ReadRecord(profile, signature, number, 0);
   return number;
-}
-
-// Puts a new file in the place of an old one. A file that cannot be written whole is not left.
-int WriteNewFile(const AFilePath& path, const char* bytes, std::size_t length) {
-  if (path.exists()) path.remove();
-  AFile file;
-  if (!file.open(path, AFile::Write | AFile::Create)) return 0;
-  const bool written = file.write(bytes, length) == length;
-  if (file.close() && written) return 1;
-  path.remove();
-  return 0;
 }
 
 bool LoadLink(void*& link, const char* bytes, std::int32_t size) {
@@ -122,7 +110,7 @@ int VKCLProfileHandler::GetVSDProfile(const AFilePath& destination) const {
     const TagPayload payload(profile_, QX71);
     constexpr std::size_t kHead = sizeof(VKVSDProfileParam);
     if (!payload || payload.size() < kHead) return 0;
-    return WriteNewFile(destination, payload.bytes() + kHead, payload.size() - kHead);
+    return vkcl::WriteNewFile(destination, payload.bytes() + kHead, payload.size() - kHead);
   });
 }
 

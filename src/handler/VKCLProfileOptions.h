@@ -1,0 +1,16 @@
+// The options with which a profile was computed.
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/plinth/AString.h"
+
+/// Seven of the profiler library's options, as text. Each member is named as its option's key.
+struct VKCL_API VKCLProfileOptions {
+  AString ProfileSize = "2";
+  AString ProfileFormat = "4";
+  AString BlackGeneration = "GCRSmooth";
+  AString BlackWidth = "100";
+  AString BlackStart = "0";
+  AString BrightenerCorrection = "0.0";
+  AString InkTotal;
+};
