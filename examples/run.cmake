@@ -2,7 +2,7 @@
 file(REMOVE_RECURSE "${FOLDER}")
 file(MAKE_DIRECTORY "${FOLDER}")
 configure_file("${CMYK}" "${FOLDER}/press.icc" COPYONLY)
-execute_process(COMMAND "${PROGRAM}" press.icc "${RGB}" WORKING_DIRECTORY "${FOLDER}"
+execute_process(COMMAND "${PROGRAM}" press.icc "${OTHER}" WORKING_DIRECTORY "${FOLDER}"
                 RESULT_VARIABLE result)
 file(REMOVE_RECURSE "${FOLDER}")
 if(NOT result EQUAL 0)

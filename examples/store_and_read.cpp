@@ -2,59 +2,26 @@
 // set-up, gives every one of them back, and stays the profile it was for everybody else.
 //
 // usage: store_and_read PROFILE RGB_PROFILE      (PROFILE is changed)
-#include <lcms2.h>
-
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "demo_support.h"
 #include "handler/StoredSplit.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
 namespace {
 
-int failures = 0;
-
-void Show(const char* what, bool same, const std::string& detail) {
-  std::printf("  %s %-24s %s\n", same ? "ok  " : "FAIL", what, detail.c_str());
-  if (!same) ++failures;
-}
-
-template <class... Values>
-std::string Text(const char* format, Values... values) {
-  char buffer[1024];
-  std::snprintf(buffer, sizeof buffer, format, values...);
-  return buffer;
-}
+using demo::Convert;
+using demo::Show;
+using demo::StateText;
+using demo::Text;
 
 template <class Record>
 bool SameBytes(const Record& a, const Record& b) {
   return std::memcmp(&a, &b, sizeof(Record)) == 0;
-}
-
-// What Little CMS makes of a row of CMYK colours, as Lab.
-std::vector<double> Convert(const char* path) {
-  std::vector<double> lab;
-  cmsHPROFILE profile = cmsOpenProfileFromFile(path, "r");
-  if (profile == nullptr) return lab;
-  cmsHPROFILE pcs = cmsCreateLab2Profile(nullptr);
-  cmsHTRANSFORM transform = cmsCreateTransform(profile, TYPE_CMYK_DBL, pcs, TYPE_Lab_DBL,
-                                               INTENT_RELATIVE_COLORIMETRIC, 0);
-  if (transform != nullptr) {
-    std::vector<double> cmyk;
-    for (int i = 0; i < 625; ++i) {
-      for (const int step : {1, 5, 25, 125}) cmyk.push_back(i / step % 5 * 25.0);
-    }
-    lab.resize(625 * 3);
-    cmsDoTransform(transform, cmyk.data(), lab.data(), 625);
-    cmsDeleteTransform(transform);
-  }
-  cmsCloseProfile(pcs);
-  cmsCloseProfile(profile);
-  return lab;
 }
 
 void StoreColorParam(VKCLProfileHandler& handler) {
@@ -216,15 +183,6 @@ void StoreSmallRecords(VKCLProfileHandler& handler) {
   Show("QX76 extra parameters", sameExtra, Text("value %d", extraBack.value));
 }
 
-std::string StateText(const VKCLProfileHandler& handler) {
-  const char* names[] = {
-      "none",         "ink limits",       "ink split",       "linearisation", "multiple limits",
-      "gray balance", "characterisation", "finished profile"};
-  VKCLProfileFinishedState state = FinishedNone;
-  handler.GetVKCLProfileFinishedState(state, 1);
-  return Text("%s (%d)", names[state], static_cast<int>(state));
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -270,6 +228,7 @@ int main(int argc, char** argv) {
     std::printf("       for example: no ink is Lab %.2f %.2f %.2f\n", coloursAfter[0],
                 coloursAfter[1], coloursAfter[2]);
   }
-  std::printf("\n%s\n", failures == 0 ? "All of it came back." : "Something did not come back.");
-  return failures == 0 ? 0 : 1;
+  std::printf("\n%s\n",
+              demo::failures == 0 ? "All of it came back." : "Something did not come back.");
+  return demo::failures == 0 ? 0 : 1;
 }

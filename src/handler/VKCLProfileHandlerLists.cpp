@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 
+#include "handler/StoredList.h"
 #include "handler/TagReading.h"
 #include "handler/TargetParser.h"
 #include "handler/VKCLProfileHandler.h"
@@ -68,8 +69,13 @@ int VKCLProfileHandler::WriteProfileDataList(const ProfileDataList& list,
 
 int VKCLProfileHandler::ReadProfileDataList(ProfileDataList& list,
                                             VKPrivateTagSignature signature) const {
+  return vkcl::ReadStoredList(profile_, signature, list);
+}
+
+int vkcl::ReadStoredList(const VKCLProfile& profile, VKPrivateTagSignature signature,
+                         ProfileDataList& list) {
   return Guarded([&] {
-    const TagPayload payload(profile_, signature);
+    const TagPayload payload(profile, signature);
     constexpr std::size_t kHead = 24;
     if (!payload || payload.size() < kHead) return 0;
     list.Clear();

@@ -39,7 +39,47 @@ def private(payload):
     return b"data\0\0\0\0\0\0\0\1" + payload
 
 
+def data_list(word, samples, colors, values, measured=0):
+    return (word[::-1] + struct.pack("<iiii", samples, 1, colors, measured)
+            + struct.pack("<i", 1 if values else 0) + struct.pack(f"<{len(values)}d", *values))
+
+
+TARGET = b"""CGATS.5
+NUMBER_OF_FIELDS 8
+BEGIN_DATA_FORMAT
+CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B
+END_DATA_FORMAT
+NUMBER_OF_SETS 3
+BEGIN_DATA
+0 0 0 0 95.5 -0.25 1.5
+100 0 0 0 54.1 -36 -49.75
+0 100 0 40.5 33 1e1
+END_DATA
+"""
+
+
+def make_own(folder):
+    """A profile of the system's own: locked by status 9, linearised, with a target."""
+    color = bytearray(1068)
+    color[0:12] = struct.pack("<iii", 1, 1068, 9)
+    color[16:32] = b"Hewlett-Packard\0"
+    single = struct.pack("<iii16d", 1, 140, 16, *[90.0] * 16)
+    reference = data_list(b"CMYK", 2, 4, [0, 0, 0, 0, 100, 0, 0, 50.5])
+    measurement = data_list(b"Lab ", 2, 3, [95, 0.1, -1, 50, -30, -40], 2)
+    tags = [(b"targ", b"text\0\0\0\0" + TARGET), (b"QX51", private(single)),
+            (b"QX53", private(bytes(color))), (b"QX55", private(reference)),
+            (b"QX54", private(measurement))]
+    (folder / "own.icc").write_bytes(profile(tags))
+    broken = TARGET.replace(b"CMYK_C", b"SAMPLE_ID", 1)
+    (folder / "badtarget.icc").write_bytes(profile(
+        [(b"targ", b"text\0\0\0\0" + broken), (b"QX73", private(reference[:-1]))]))
+    (folder / "early.icc").write_bytes(profile(tags[1:3]))
+    (folder / "curves.txt").write_bytes(bytes(range(256)))
+    (folder / "private.icc").write_bytes(profile(tags[1:3]))
+
+
 def make_files(folder, real):
+    make_own(folder)
     text = b"text\0\0\0\0made by hand\0"
     (folder / "plain.icc").write_bytes(profile([(b"cprt", text)]))
     (folder / "gap.icc").write_bytes(profile([(b"cprt", text)], gap=8))

@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
+#include "handler/StoredList.h"
 #include "handler/StoredSplit.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/plinth/AFile.h"
@@ -115,14 +118,15 @@ Json DescribeSplit(const VKCLProfile& profile) {
   return {{"version", split.version}, {"count", split.count}, {"splits", std::move(records)}};
 }
 
-Json DescribeList(const VKPrivateTag& tag) {
-  if (tag.size < 24) return {{"readable", false}};
-  return {{"format", SignatureText(static_cast<std::uint32_t>(Int32At(tag, 0)))},
-          {"samples", Int32At(tag, 4)},
-          {"colorMode", Int32At(tag, 8)},
-          {"valuesPerSample", Int32At(tag, 12)},
-          {"measured", Int32At(tag, 16)},
-          {"hasValues", Int32At(tag, 20) != 0}};
+Json DescribeList(const VKCLProfile& profile, VKPrivateTagSignature signature) {
+  ProfileDataList list;
+  if (ReadStoredList(profile, signature, list) == 0) return {{"readable", false}};
+  return {{"format", SignatureText(list.DataFormat)},
+          {"samples", list.NumOfSamples},
+          {"colorMode", list.ColorMode},
+          {"valuesPerSample", list.NumOfColors},
+          {"measured", list.Measured},
+          {"hasValues", list.DataList != nullptr}};
 }
 
 Json DescribeFile(const VKPrivateTag& tag) {
@@ -174,7 +178,7 @@ Json DescribeContent(const VKCLProfileHandler& handler, const VKCLProfile& profi
     case QX59:
     case QX60:
     case QX72:
-    case QX73: return DescribeList(tag);
+    case QX73: return DescribeList(profile, signature);
     case QX58:
     case QX61:
     case QX62:
@@ -202,16 +206,15 @@ Json DescribeTags(const VKCLProfile& profile) {
   AFile file;
   if (!file.open(profile.filePath, AFile::Read)) return tags;
   const auto length = static_cast<std::uint64_t>(std::max<std::int64_t>(file.length(), 0));
+  std::unordered_map<std::uint32_t, std::uint32_t> firstAt;  // from offset to signature
   for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
     const icTag& tag = profile.tagTable[i];
     Json row = {{"signature", SignatureText(tag.sig)},
                 {"offset", tag.offset},
                 {"size", tag.size},
                 {"type", TypeOf(file, tag)}};
-    const icTag* first =
-        std::find_if(profile.tagTable, profile.tagTable + i,
-                     [&](const icTag& earlier) { return earlier.offset == tag.offset; });
-    if (first != profile.tagTable + i) row["sharesDataWith"] = SignatureText(first->sig);
+    const auto [first, isNew] = firstAt.try_emplace(tag.offset, tag.sig);
+    if (!isNew) row["sharesDataWith"] = SignatureText(first->second);
     if (std::uint64_t{tag.offset} + tag.size > length) row["beyondEndOfFile"] = true;
     tags.push_back(std::move(row));
   }
@@ -220,23 +223,21 @@ Json DescribeTags(const VKCLProfile& profile) {
 
 Json DescribePrivateTags(const VKCLProfileHandler& handler, const VKCLProfile& profile) {
   Json tags = Json::array();
-  std::vector<std::uint32_t> seen;
+  std::unordered_set<std::uint32_t> seen;
   for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
     const std::uint32_t signature = profile.tagTable[i].sig;
     if (signature >> 16 != 0x5158u) continue;
-    const auto* record = FindRecord(static_cast<VKPrivateTagSignature>(signature));
     Json row = {
         {"signature", SignatureText(signature)},
-        {"name", record != nullptr ? record->title : NameOf(kTitles, signature, "unknown")},
+        {"name", TitleOf(signature)},
         {"payloadBytes", profile.tagTable[i].size < kDataHead ? 0 : profile.tagTable[i].size - 12},
     };
-    if (std::find(seen.begin(), seen.end(), signature) != seen.end()) {
+    if (!seen.insert(signature).second) {
       row["hiddenByAnEarlierOne"] = true;
     } else {
       row["content"] =
           DescribeContent(handler, profile, static_cast<VKPrivateTagSignature>(signature));
     }
-    seen.push_back(signature);
     tags.push_back(std::move(row));
   }
   return tags;
@@ -273,6 +274,11 @@ Json DescribeState(const VKCLProfileHandler& handler) {
 }
 
 }  // namespace
+
+std::string TitleOf(std::uint32_t signature) {
+  const RecordType* record = FindRecord(static_cast<VKPrivateTagSignature>(signature));
+  return record != nullptr ? record->title : NameOf(kTitles, signature, "unknown");
+}
 
 std::string StateName(int state) {
   return state >= 0 && state < static_cast<int>(std::size(kStateNames)) ? kStateNames[state] : "?";

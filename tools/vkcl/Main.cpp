@@ -4,13 +4,16 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "DataCommands.h"
 #include "Describe.h"
 #include "InfoText.h"
+#include "LifeCommands.h"
 #include "Set.h"
 #include "Text.h"
 
@@ -55,7 +58,7 @@ int RunInfo(const InfoOptions& options) {
 }
 
 int RunSet(const SetOptions& options) {
-  const vkcl::tool::SetResult result =
+  const vkcl::tool::Result result =
       vkcl::tool::SetFields(options.file, options.assignments, options.channels, options.create);
   if (result.outcome == Outcome::Done) {
     fmt::print("{}: {}\n", vkcl::tool::Printable(options.file), result.message);
@@ -68,36 +71,147 @@ int RunSet(const SetOptions& options) {
 constexpr const char* kChannelsHelp =
     "Channels of the profile, for colour spaces that do not tell (0: from the header)";
 
+// Adds the verbs; the one that is called leaves its exit code in `code`.
+class Verbs {
+ public:
+  explicit Verbs(CLI::App& app) : app_(app) {}
+
+  void AddAll() {
+    AddInfo();
+    AddSet();
+    AddLife();
+    AddData();
+  }
+  int code() const { return code_; }
+
+ private:
+  void AddInfo() {
+    CLI::App* verb = Add("info", "Say what profile files are and hold",
+                         "vkcl info --json press.icc", [this] { code_ = RunInfo(info_); });
+    verb->add_option("FILE", info_.files, "Profile files")->required();
+    verb->add_flag("--json", info_.json, "One JSON array with a document for each file");
+    verb->add_option("--channels", info_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
+  }
+
+  void AddSet() {
+    CLI::App* verb = Add("set", "Set fields of the stored records",
+                         "vkcl set press.icc ColorParam.Make=Acme "
+                         "'SingleInkLimit.limits=100,95,90,85'",
+                         [this] { code_ = RunSet(set_); });
+    AddFile(verb, set_.file);
+    verb->add_option(
+            "ASSIGNMENT", set_.assignments,
+            "RECORD.FIELD=VALUE; a list takes values with commas, or RECORD.FIELD[3]=VALUE")
+        ->required();
+    verb->add_option("--channels", set_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
+    verb->add_option("--create", set_.create,
+                     "Make a minimal profile of as many channels (3 to 16) if there is no file");
+    verb->footer("Records and fields:\n" + vkcl::tool::SettableFields() + '\n' +
+                 verb->get_footer());
+  }
+
+  void AddLife() {
+    CLI::App* verb = Add("merge", "Append the private tags of a profile to a standard one",
+                         "vkcl merge ours.icc standard.icc",
+                         [this] { Tell({}, vkcl::tool::Merge(file_, other_)); });
+    verb->add_option("SOURCE", file_, "One of the system's own profiles")->required();
+    verb->add_option("TARGET", other_, "The standard profile, which is changed")->required();
+
+    verb = Add("strip", "Write a copy without private tags", "vkcl strip ours.icc clean.icc",
+               [this] { Tell(file_, vkcl::tool::Strip(file_, other_, force_)); });
+    verb->add_option("IN", file_, "The profile")->required();
+    verb->add_option("OUT", other_, "The copy")->required();
+    verb->add_flag("--force", force_, "Replace an existing file");
+
+    verb = Add("lock", "Lock an unlocked profile", "vkcl lock ours.icc",
+               [this] { Tell(file_, vkcl::tool::Lock(file_)); });
+    AddFile(verb, file_);
+    verb = Add("unlock", "Unlock a locked profile, to change its colour settings",
+               "vkcl unlock ours.icc", [this] { Tell(file_, vkcl::tool::Unlock(file_)); });
+    AddFile(verb, file_);
+
+    verb = Add("embed", "Store a whole file in a profile", "vkcl embed ours.icc profile1 link.icc",
+               [this] { Tell(file_, vkcl::tool::Embed(file_, kind_, other_)); });
+    AddEmbedded(verb, "The file to store");
+    verb = Add("extract", "Write an embedded file", "vkcl extract ours.icc trc curves.txt",
+               [this] { Tell(file_, vkcl::tool::Extract(file_, kind_, other_, force_)); });
+    AddEmbedded(verb, "The file to write");
+    verb->add_flag("--force", force_, "Replace an existing file");
+  }
+
+  void AddData() {
+    CLI::App* verb = Add("lists", "Show the data lists", "vkcl lists --values ours.icc",
+                         [this] { Show(vkcl::tool::Lists(file_, values_, json_)); });
+    AddFile(verb, file_);
+    verb->add_flag("--values", values_, "Show the values, too");
+    verb->add_flag("--json", json_, "As a JSON array");
+    verb = Add("target", "Show the parsed characterisation target", "vkcl target ours.icc",
+               [this] { Show(vkcl::tool::Target(file_, json_)); });
+    AddFile(verb, file_);
+    verb->add_flag("--json", json_, "As a JSON document");
+    verb = Add("options", "Show the options with which the profile was computed",
+               "vkcl options ours.icc", [this] { Show(vkcl::tool::Options(file_, json_)); });
+    AddFile(verb, file_);
+    verb->add_flag("--json", json_, "As a JSON document");
+  }
+
+  CLI::App* Add(const char* name, const char* what, const std::string& example,
+                std::function<void()> run) {
+    CLI::App* verb = app_.add_subcommand(name, what);
+    verb->footer("Example:\n  " + example);
+    verb->callback(std::move(run));
+    return verb;
+  }
+
+  static void AddFile(CLI::App* verb, std::string& file) {
+    verb->add_option("FILE", file, "Profile file")->required();
+  }
+
+  void AddEmbedded(CLI::App* verb, const char* what) {
+    AddFile(verb, file_);
+    verb->add_option("KIND", kind_, "Kind of embedded file, see below")->required();
+    verb->add_option("PATH", other_, what)->required();
+    verb->footer("Kinds:\n" + vkcl::tool::EmbeddedKinds() + '\n' + verb->get_footer());
+  }
+
+  // Prints what was done, or complains.
+  void Tell(const std::string& file, const vkcl::tool::Result& result) {
+    code_ = static_cast<int>(result.outcome);
+    const std::string prefix = file.empty() ? "" : vkcl::tool::Printable(file) + ": ";
+    if (result.outcome == Outcome::Done) {
+      fmt::print("{}{}\n", prefix, result.message);
+    } else {
+      fmt::print(stderr, "vkcl: {}{}\n", prefix, result.message);
+    }
+  }
+
+  // Prints the text that a verb made, or complains.
+  void Show(const vkcl::tool::Result& result) {
+    if (result.outcome != Outcome::Done) return Tell(file_, result);
+    fmt::print("{}", result.message);
+  }
+
+  CLI::App& app_;
+  InfoOptions info_;
+  SetOptions set_;
+  std::string file_;
+  std::string other_;
+  std::string kind_;
+  bool force_ = false;
+  bool values_ = false;
+  bool json_ = false;
+  int code_ = 0;
+};
+
 int Run(int argc, char** argv) {
   CLI::App app("Look at and change the private data of ICC profiles.", "vkcl");
   app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION);
   app.require_subcommand(1);
-
-  InfoOptions info;
-  CLI::App* infoCommand = app.add_subcommand("info", "Say what profile files are and hold");
-  infoCommand->add_option("FILE", info.files, "Profile files")->required();
-  infoCommand->add_flag("--json", info.json, "One JSON array with a document for each file");
-  infoCommand->add_option("--channels", info.channels, kChannelsHelp)->check(CLI::Range(0, 16));
-  infoCommand->footer("Example:\n  vkcl info --json press.icc");
-
-  SetOptions set;
-  CLI::App* setCommand = app.add_subcommand("set", "Set fields of the stored records");
-  setCommand->add_option("FILE", set.file, "Profile file")->required();
-  setCommand
-      ->add_option("ASSIGNMENT", set.assignments,
-                   "RECORD.FIELD=VALUE; a list takes values with commas, or RECORD.FIELD[3]=VALUE")
-      ->required();
-  setCommand->add_option("--channels", set.channels, kChannelsHelp)->check(CLI::Range(0, 16));
-  setCommand->add_option(
-      "--create", set.create,
-      "Make a minimal profile of as many channels (3 to 16) if there is no file");
-  setCommand->footer("Records and fields:\n" + vkcl::tool::SettableFields() +
-                     "\nExample:\n  vkcl set press.icc ColorParam.Make=Acme "
-                     "'SingleInkLimit.limits=100,95,90,85'");
-
+  Verbs verbs(app);
+  verbs.AddAll();
   try {
     app.parse(argc, argv);
-    return infoCommand->parsed() ? RunInfo(info) : RunSet(set);
+    return verbs.code();
   } catch (const CLI::ParseError& error) {
     const int code = app.exit(error);
     return code == 0 ? 0 : static_cast<int>(Outcome::Usage);

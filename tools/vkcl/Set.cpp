@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <optional>
 
+#include "ChangeProfile.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
@@ -28,9 +28,6 @@ struct Change {
   const RecordType* record;
   Image image;
 };
-
-SetResult Usage(std::string message) { return {Outcome::Usage, std::move(message)}; }
-SetResult Refused(std::string message) { return {Outcome::Refused, std::move(message)}; }
 
 std::string Names(std::span<const Field> fields) {
   std::string names;
@@ -113,14 +110,14 @@ std::string ImageFor(VKCLProfileHandler& handler, const RecordType& record,
   return {};
 }
 
-bool LayoutSuits(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
+bool LayoutSuits(const VKCLProfile& profile, const std::vector<Change>& changes) {
   return std::all_of(changes.begin(), changes.end(), [&](const Change& change) {
-    return TagDataSuitWriting(*handler.GetProfilePtr(), change.record->signature,
+    return TagDataSuitWriting(profile, change.record->signature,
                               static_cast<unsigned long>(change.image.size()));
   });
 }
 
-SetResult Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
+Result Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
   std::string stored;
   for (const Change& change : changes) {
     if (change.record->put(handler, change.image) == 0) {
@@ -133,44 +130,7 @@ SetResult Store(VKCLProfileHandler& handler, const std::vector<Change>& changes)
     if (!stored.empty()) stored += ", ";
     stored += fmt::format("{} ({})", change.record->title, SignatureText(change.record->signature));
   }
-  return {Outcome::Done, fmt::format("stored {}", stored)};
-}
-
-// A sibling of the file that does not exist. Never named ".tmp": the store removes such a file.
-AFilePath Sibling(const std::string& path) {
-  for (int i = 0;; ++i) {
-    AFilePath sibling(fmt::format("{}.vkcl-new-{}", path, i));
-    if (!sibling.exists()) return sibling;
-  }
-}
-
-SetResult StoreInOrderedCopy(const std::string& path, const VKCLProfile& profile,
-                             const std::vector<Change>& changes) {
-  const AFilePath sibling = Sibling(path);
-  if (!ArrangeTagData(profile, sibling)) {
-    return Refused(
-        "its tag data do not lie in table order, and a copy in order could not be written (a tag "
-        "reaches beyond the end of the file, or the disk is full)");
-  }
-  std::error_code error;
-  SetResult result = Refused("");
-  {
-    VKCLProfileHandler copy(sibling, profile.channelCount);
-    result = Store(copy, changes);
-  }
-  if (result.outcome == Outcome::Done) {
-    const auto mode = std::filesystem::status(path, error).permissions();
-    if (!error) std::filesystem::permissions(sibling.str(), mode, error);
-    error.clear();
-    std::filesystem::rename(sibling.str(), path, error);
-    if (!error) {
-      result.message += "; its tag data were brought into table order first";
-      return result;
-    }
-    result = Refused(fmt::format("the changed copy cannot take its place: {}", error.message()));
-  }
-  sibling.remove();
-  return result;
+  return Done(fmt::format("stored {}", stored));
 }
 
 }  // namespace
@@ -183,8 +143,8 @@ std::string SettableFields() {
   return text;
 }
 
-SetResult SetFields(const std::string& path, const std::vector<std::string>& assignments,
-                    int channels, int createChannels) {
+Result SetFields(const std::string& path, const std::vector<std::string>& assignments, int channels,
+                 int createChannels) {
   std::vector<Assignment> parsed;
   for (const std::string& text : assignments) {
     Assignment assignment = {};
@@ -212,9 +172,11 @@ SetResult SetFields(const std::string& path, const std::vector<std::string>& ass
     why = SetField(*assignment.field, assignment.index, assignment.value, *image);
     if (!why.empty()) return Usage(fmt::format("{} {}", assignment.target, why));
   }
-  return create || LayoutSuits(handler, changes)
-             ? Store(handler, changes)
-             : StoreInOrderedCopy(path, *handler.GetProfilePtr(), changes);
+  const Operation store = [&](VKCLProfileHandler& target) { return Store(target, changes); };
+  if (create) return store(handler);
+  return ChangeProfile(
+      path, channels, [&](const VKCLProfile& profile) { return LayoutSuits(profile, changes); },
+      store);
 }
 
 }  // namespace vkcl::tool
