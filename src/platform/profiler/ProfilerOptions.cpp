@@ -149,8 +149,8 @@ int ReplaceDictionary(const std::string& path, const FileContent& content, const
   std::uint64_t end = 0;
   std::vector<FilePiece> pieces = LayOut(table, end);
   if (pieces.empty()) return kRefused;
-  Bytes head(kTableStart + kEntrySize * table.size());
-  std::memcpy(head.data(), file, 128);
+  Bytes head(file, file + 128);
+  head.resize(kTableStart + kEntrySize * table.size());
   StoreBig32(head.data(), static_cast<std::uint32_t>(end));
   StoreBig32(head.data() + 128, static_cast<std::uint32_t>(table.size()));
   for (std::size_t i = 0; i < table.size(); ++i) {
