@@ -2,7 +2,13 @@
 # fallback, so that a source folder given as FETCHCONTENT_SOURCE_DIR_<NAME> serves a cross build.
 include(FetchContent)
 
-# Little CMS 2, behind src/platform/profiler.
+set(VKCL_PROFILER_LIBRARY "" CACHE FILEPATH
+    "The maker's own profiler library to link; then nothing of ours is compiled in its place")
+if(VKCL_PROFILER_LIBRARY AND NOT VKCL_BUILD_TESTS AND NOT VKCL_BUILD_EXAMPLES)
+  return()  # nobody asks for Little CMS 2
+endif()
+
+# Little CMS 2, behind src/platform/profiler, and the other reader of tests and examples.
 find_package(PkgConfig QUIET)
 if(PkgConfig_FOUND AND NOT FETCHCONTENT_SOURCE_DIR_LCMS2)
   pkg_check_modules(LCMS2 QUIET IMPORTED_TARGET lcms2>=2.12)
