@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string>
@@ -115,30 +115,55 @@ float Extreme(const char* first, const char* last) {
   return std::strtof(std::string(first, last).c_str(), nullptr);
 }
 
+bool StartsWith(std::string_view text, std::string_view word) {
+  return text.size() >= word.size() &&
+         AString(text.data(), word.size()).compareNoCase(AString(word.data(), word.size())) == 0;
+}
+
+// What %f takes for a number though it has no digits; its length, or 0.
+std::size_t NumberWord(std::string_view text, float& number) {
+  if (StartsWith(text, "nan")) {
+    number = std::numeric_limits<float>::quiet_NaN();
+    return 3;
+  }
+  if (!StartsWith(text, "inf")) return 0;
+  number = std::numeric_limits<float>::infinity();
+  if (StartsWith(text, "infinity")) return 8;
+  return StartsWith(text, "infi") ? 0 : 3;  // a word that has begun must end
+}
+
+// The digits of a number without its sign; their length, or 0. An exponent that has begun must
+// have digits: "1e" is no number.
+std::size_t Digits(std::string_view text, float& number) {
+  const bool hex = text.size() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const char* first = text.data() + (hex ? 2 : 0);
+  const char* last = text.data() + text.size();
+  if (first != last && *first == '-') return 0;
+  const auto result = std::from_chars(first, last, number,
+                                      hex ? std::chars_format::hex : std::chars_format::general);
+  if (result.ec == std::errc::invalid_argument) return 0;
+  const char exponent = hex ? 'p' : 'e';
+  const auto isExponent = [&](char c) { return (c | 0x20) == exponent; };
+  const bool begun = result.ptr != last && isExponent(*result.ptr);
+  if (begun && std::none_of(first, result.ptr, isExponent)) return 0;
+  if (result.ec == std::errc::result_out_of_range) number = Extreme(text.data(), result.ptr);
+  return static_cast<std::size_t>(result.ptr - text.data());
+}
+
 // Reads the next number as the C library's %f conversion would, with a point as separator.
 // `text` loses what was read. False when there is none.
 bool NextNumber(std::string_view& text, float& number) {
   text = SkipSpace(text);
-  const char* first = text.data();
-  const char* last = first + text.size();
-  const bool negative = first != last && *first == '-';
-  if (first != last && (*first == '-' || *first == '+')) ++first;
-  if (first == last || *first == '-' || *first == '+') return false;
-  const bool hex = last - first > 2 && first[0] == '0' && (first[1] == 'x' || first[1] == 'X');
-  if (hex) first += 2;
-  const auto result = std::from_chars(first, last, number,
-                                      hex ? std::chars_format::hex : std::chars_format::general);
-  if (result.ec == std::errc::invalid_argument) return false;
-  if (result.ec == std::errc::result_out_of_range) {
-    number = Extreme(hex ? first - 2 : first, result.ptr);
-  }
-  // An exponent sign without an exponent spoils the whole number for %f.
-  const bool brokenExponent =
-      result.ptr != last && (hex ? (*result.ptr == 'p' || *result.ptr == 'P')
-                                 : (*result.ptr == 'e' || *result.ptr == 'E'));
-  if (brokenExponent) return false;
+  if (text.empty()) return false;
+  const bool negative = text.front() == '-';
+  const std::string_view unsignedText = text.substr(negative || text.front() == '+' ? 1 : 0);
+  if (unsignedText.empty()) return false;
+  const bool isWord = unsignedText.front() > '9';
+  const std::size_t length =
+      isWord ? NumberWord(unsignedText, number) : Digits(unsignedText, number);
+  if (length == 0) return false;
   if (negative) number = -number;
-  text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
+  text = unsignedText.substr(length);
   return true;
 }
 
