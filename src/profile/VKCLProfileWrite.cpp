@@ -200,8 +200,8 @@ int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long l
 }
 
 // Puts a payload of the same length in the place of the old one. A write that fails leaves the
-// old bytes; only a medium that dies in the middle of it can leave a mixture, for nothing is read
-// here that could be put back.
+// old bytes; only a medium that dies in the middle of it, and stays dead, can leave a mixture, for
+// nothing is read here that could be put back.
 int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   if (!FileHolds(entry)) return 0;
   std::vector<FilePiece> pieces;
@@ -212,7 +212,7 @@ int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   });
   AFile file;
   if (!file.open(filePath, AFile::Write)) return 0;
-  const bool written = file.writeAt(entry.offset, slices) == PadTo4(entry.size);
+  const bool written = vkcl::Overwrite(file, entry.offset, slices, PadTo4(entry.size));
   return file.close() && written ? 1 : 0;
 }
 

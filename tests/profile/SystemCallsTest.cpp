@@ -235,7 +235,7 @@ TEST(SystemCalls, AFailedSameSizeWriteLeavesOneOfTheTwoPayloadsWhole) {
   const std::size_t start = 168 + 52 + 12;
   std::fill_n(after.begin() + start, 80, static_cast<unsigned char>(0x5A));
   const Bytes payload(80, 0x5A);
-  for (const Fault fault : {Fault::Error, Fault::FailedClose}) {
+  for (const Fault fault : {Fault::Error, Fault::FullDisk, Fault::FailedClose}) {
     for (std::size_t which = 0;; ++which) {
       const TempDir dir;
       const std::string path = dir.Write("p.icc", before);

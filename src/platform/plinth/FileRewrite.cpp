@@ -216,9 +216,9 @@ void Rewrite::PutBack() {
   }
   if (!file_.isOpen() && !file_.open(path_, AFile::Write)) return;
   for (const Kept& kept : kept_) {
-    host::Slice slice = {kept.bytes.get(),
-                         static_cast<std::size_t>(kept.range.end - kept.range.begin)};
-    file_.writeAt(kept.range.begin, {&slice, 1});
+    const std::uint64_t size = kept.range.end - kept.range.begin;
+    host::Slice slice = {kept.bytes.get(), static_cast<std::size_t>(size)};
+    Overwrite(file_, kept.range.begin, {&slice, 1}, size);
   }
   file_.setLength(oldLength_);
   file_.close();
@@ -243,6 +243,17 @@ bool Rewrite::Run(FileOrigin origin) {
 }
 
 }  // namespace
+
+bool Overwrite(AFile& file, std::uint64_t offset, std::span<host::Slice> slices,
+               std::uint64_t total) {
+  constexpr int kTries = 4;
+  std::uint64_t moved = 0;
+  for (int i = 0; i < kTries && moved < total; ++i) {
+    moved += file.writeAt(offset + moved, slices);
+    if (moved == 0) break;
+  }
+  return moved == total;
+}
 
 bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,
                  FileOrigin origin, std::uint64_t& newLength) {

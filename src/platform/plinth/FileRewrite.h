@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 
 namespace vkcl {
@@ -40,5 +42,12 @@ enum class FileOrigin {
 /// Memory: the bytes that are overwritten or moved, once.
 bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,
                  FileOrigin origin, std::uint64_t& newLength);
+
+/// Writes the slices, `total` bytes, over bytes of which there is no copy. A transfer that fails on
+/// the way is gone on with a few times, for half a write is worse than a late one; only a transfer
+/// that moved nothing at all is given up at once. True when everything was written. The entries of
+/// `slices` are changed.
+bool Overwrite(AFile& file, std::uint64_t offset, std::span<host::Slice> slices,
+               std::uint64_t total);
 
 }  // namespace vkcl
