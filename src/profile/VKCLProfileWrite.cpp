@@ -324,11 +324,19 @@ icHeader VKCLProfile::DummyHeader(int channels, std::uint32_t tagSize) {
 
 // Whether the file is, or may be, a profile after all: one that has come since this object was
 // loaded, or that could not be loaded for want of memory or handles. It must not be thrown away.
+// Looks with the eyes of Load, and asks for no memory: there may be none.
 bool VKCLProfile::IsProfileNow() const {
-  VKCLProfile now(filePath, channelCount);
-  now.filePath = AFilePath();  // it must not take a ".tmp" file with it
-  AFile probe;
-  return now.valid != 0 || (!probe.open(filePath, AFile::Read) && filePath.exists());
+  AFile file;
+  if (!file.open(filePath, AFile::Read)) return filePath.exists();
+  const std::int64_t length = file.length();
+  std::array<std::uint8_t, kTableStart> start = {};
+  if (length >= 0 && static_cast<std::uint64_t>(length) < start.size()) return false;
+  if (file.read(start.data(), start.size()) != start.size()) return true;
+  icHeader now = {};
+  std::memcpy(&now, start.data(), sizeof now);
+  ReverseICCHeader(&now);
+  const std::uint64_t count = vkcl::LoadBig32(start.data() + sizeof now);
+  return now.magic == icMagicNumber && TableEnd(count) <= static_cast<std::uint64_t>(length);
 }
 
 // Makes a minimal output profile of one tag.
