@@ -157,6 +157,7 @@ class VKCL_API VKCLProfile {
   bool IsProfileNow() const;
   static icHeader DummyHeader(int channels, std::uint32_t tagSize);
   bool TableInFile(std::vector<icTag>& table) const;
+  bool RewritableTable(std::vector<icTag>& table) const;
   static std::vector<char> BuildHead(const icHeader& newHeader, const std::vector<icTag>& table);
   int Rewrite(const std::vector<vkcl::FilePiece>& body, bool cut, std::uint64_t newSize,
               std::vector<icTag>& table);

@@ -129,15 +129,19 @@ std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
   return head;
 }
 
-// The table with the sizes that the file has, also after an update that failed. False without a
-// table, and when the header's size leaves no room for it.
+// The table with the sizes that the file has, also after an update that failed. False without one.
 bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
-  if (tagTable == nullptr || sizeInFile_ < TableEnd(tagCount)) return false;
+  if (tagTable == nullptr) return false;
   table.assign(tagTable, tagTable + tagCount);
   for (const auto& [index, size] : sizesInFile_) {
     if (index < tagCount) table[index].size = size;
   }
   return true;
+}
+
+// The same, of a profile that can be rewritten: the header's size leaves room for the table.
+bool VKCLProfile::RewritableTable(std::vector<icTag>& table) const {
+  return TableInFile(table) && sizeInFile_ >= TableEnd(tagCount);
 }
 
 // Applies the pieces behind a head that is built here, and then brings the object up to date.
@@ -220,7 +224,7 @@ int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
 // it are laid out anew.
 int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_t length) {
   std::vector<icTag> table;
-  if (!TableInFile(table)) return 0;
+  if (!RewritableTable(table)) return 0;
   const std::uint64_t regionStart = TableEnd(tagCount);
   const bool isFirst = index == 0;
   const bool isLast = index + 1 == tagCount;
@@ -249,7 +253,7 @@ int VKCLProfile::RebuildFrom(std::uint32_t index, const void* data, std::uint32_
 int VKCLProfile::AddVKPrivateTag(VKPrivateTagSignature sig, const void* data,
                                  unsigned long length) {
   std::vector<icTag> table;
-  if (!TableInFile(table)) return 0;
+  if (!RewritableTable(table)) return 0;
   if (!table.empty() && !FileHolds({table.front().sig, table.front().offset, 0})) return 0;
   if (!Shift(table, kTableEntry)) return 0;
   const std::uint64_t tagStart = std::uint64_t{sizeInFile_} + kTableEntry;
@@ -284,7 +288,7 @@ int VKCLProfile::WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count) {
 // region moves back as a whole, and the new tags are chained behind the last old entry.
 int VKCLProfile::AppendTags(const std::vector<icTag>& added, const AppendPieces& append) {
   std::vector<icTag> table;
-  if (!TableInFile(table)) return 0;
+  if (!RewritableTable(table)) return 0;
   const std::uint64_t distance = std::uint64_t{kTableEntry} * added.size();
   // Without a tag the data region is all that lies behind the count.
   const std::uint64_t regionStart = table.empty() ? kTableStart : table.front().offset;
