@@ -166,7 +166,7 @@ class VKCL_API VKCLProfileHandler {
   int GetEnbededFile(const AFilePath& path, VKPrivateTagSignature signature) const;
   static int GetICCDataFormatFromStr(const AString& word, unsigned long& format);
   int LoadVKCLProfilePropertiesHelper(VKCLProfileProperties& properties) const;
-  int ParseVKCLtargBuffer(VKCLProfileProperties& properties, const char* text) const;
+  static int ParseVKCLtargBuffer(VKCLProfileProperties& properties, const char* text);
 
   VKCLProfile profile_;
 };

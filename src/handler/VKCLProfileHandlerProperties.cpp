@@ -74,8 +74,7 @@ int VKCLProfileHandler::GetProfileOptions(VKCLProfileOptions& options) const {
   });
 }
 
-int VKCLProfileHandler::ParseVKCLtargBuffer(VKCLProfileProperties& properties,
-                                            const char* text) const {
+int VKCLProfileHandler::ParseVKCLtargBuffer(VKCLProfileProperties& properties, const char* text) {
   if (text == nullptr) return 0;
   return vkcl::ParseTarget(text, properties.charReference, properties.charMeasurement) ==
                  vkcl::TargetRule::Accepted

@@ -24,6 +24,7 @@ class Converter {
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): so iconv_open tells that it failed
   bool works() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
   /// Converts `input` as far as it is text, appends the result to `output`, and takes what was

@@ -65,7 +65,7 @@ Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options)
   std::vector<const cmsDICTentry*> kept;
   for (const cmsDICTentry* entry = old != nullptr ? cmsDictGetEntryList(old) : nullptr;
        entry != nullptr; entry = cmsDictNextEntry(entry)) {
-    if (options.count(NameOf(*entry)) == 0) kept.push_back(entry);
+    if (!options.contains(NameOf(*entry))) kept.push_back(entry);
   }
   for (auto entry = kept.rbegin(); entry != kept.rend(); ++entry) {
     if (!cmsDictAddEntry(merged.get(), (*entry)->Name, (*entry)->Value, (*entry)->DisplayName,
