@@ -105,13 +105,15 @@ bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {
       tag.offset = static_cast<std::uint32_t>(position);
       position += PadTo4(tag.size);
     }
-    if (position > UINT32_MAX) return false;
+    // Tags that share a block are given one each; hundreds of tags on one block are no profile.
+    constexpr std::uint64_t kMostGrowth = 16;
+    if (position > UINT32_MAX || position > kMostGrowth * source.size) return false;
     icHeader header = profile.header;
     header.size = static_cast<std::uint32_t>(position);
     const std::vector<char> head = VKCLProfile::BuildHead(header, table);
     pieces.front() = {0, head.size(), head.data(), 0};
     std::uint64_t length = 0;
-    return RewriteFile(to, pieces, FileEnd::Cut, FileOrigin::Any, length);
+    return RewriteFile(to, pieces, FileEnd::Cut, FileOrigin::New, length);
   });
 }
 

@@ -26,8 +26,8 @@ VKCL_API bool TagDataSuitAppending(const VKCLProfile& profile);
 /// block of its own, padded with zeros: the layout that the writers take to be there. Header (but
 /// for its size), table order and every tag's bytes are kept; bytes that no tag refers to are not.
 /// False when the profile is not valid, a tag is not wholly in the file, the result would exceed
-/// 2^32 - 1 bytes, `to` exists, or the file cannot be written; then there is no file at `to`
-/// that was not there before.
+/// 2^32 - 1 bytes or 16 times the file, `to` exists, or the file cannot be written; then there is
+/// no file at `to` that was not there before.
 VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
 
 }  // namespace vkcl

@@ -2,7 +2,9 @@
 //
 // The object holds the header and the tag table; tag data stay in the file. Every read opens the
 // file, reads what it needs and closes it; every write changes the file at once and then brings
-// the object up to date. Not for use by two threads at a time.
+// the object up to date. What the file is taken to be is what it was when it was opened: while an
+// object writes, no other one is to write to the same file, and an object that was opened before is
+// opened anew. Not for use by two threads at a time.
 #pragma once
 
 #include <cstdint>

@@ -207,7 +207,7 @@ int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long l
 // old bytes; only a medium that dies in the middle of it, and stays dead, can leave a mixture, for
 // nothing is read here that could be put back.
 int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
-  if (!FileHolds(entry)) return 0;
+  if (entry.offset < TableEnd(tagCount) || !FileHolds(entry)) return 0;
   std::vector<FilePiece> pieces;
   AppendTag(pieces, entry.offset, data, entry.size - kDataHead);
   std::array<vkcl::host::Slice, 3> slices = {};

@@ -129,8 +129,8 @@ class Rewrite {
 };
 
 bool Rewrite::Open(FileOrigin origin) {
-  if (file_.open(path_, AFile::ReadWrite)) return true;
-  created_ = origin == FileOrigin::Any && file_.open(path_, AFile::ReadWrite | AFile::New);
+  if (origin != FileOrigin::New && file_.open(path_, AFile::ReadWrite)) return true;
+  created_ = origin != FileOrigin::Existing && file_.open(path_, AFile::ReadWrite | AFile::New);
   return created_;
 }
 

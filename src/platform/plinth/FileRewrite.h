@@ -27,6 +27,7 @@ enum class FileEnd {
 enum class FileOrigin {
   Existing,  ///< the file must exist
   Any,       ///< a missing file is created
+  New,       ///< the file must not exist
 };
 
 /// Applies `pieces` to the file at `path`; where two overlap, the later one holds. Each byte that

@@ -1,6 +1,7 @@
 #include "platform/plinth/WholeFile.h"
 
 #include <cstring>
+#include <filesystem>
 
 #include "platform/plinth/AFile.h"
 
@@ -8,7 +9,9 @@ namespace vkcl {
 
 FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom, std::uint64_t limit) {
   AFile file;
-  if (path.isDirectory() || !file.open(path, AFile::Read)) return {};
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(host::SystemPath(path.str()), error)) return {};
+  if (!file.open(path, AFile::Read)) return {};
   const std::int64_t length = file.length();
   if (length < 0 || static_cast<std::uint64_t>(length) > limit) return {};
   const auto size = static_cast<std::size_t>(length);

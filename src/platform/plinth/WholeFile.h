@@ -15,8 +15,8 @@ struct FileContent {
 };
 
 /// The whole content of a file, behind `headroom` zero bytes at the front of the block for the
-/// caller to fill. `bytes` is null when the file cannot be opened, is a folder, holds more than
-/// `limit` bytes, or gives fewer bytes than its length says. Nothing larger than the file is
+/// caller to fill. `bytes` is null when the file cannot be opened, is no regular file, holds more
+/// than `limit` bytes, or gives fewer bytes than its length says. Nothing larger than the file is
 /// allocated, the headroom aside.
 FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom = 0,
                           std::uint64_t limit = UINT32_MAX);
