@@ -76,6 +76,12 @@ def make_own(folder):
     (folder / "early.icc").write_bytes(profile(tags[1:3]))
     (folder / "curves.txt").write_bytes(bytes(range(256)))
     (folder / "private.icc").write_bytes(profile(tags[1:3]))
+    (folder / "held.tmp").write_bytes(profile(tags[1:3]))
+    cut = bytearray(color)
+    cut[4:8] = struct.pack("<i", 500)
+    (folder / "longer.icc").write_bytes(profile(
+        [(b"QX51", private(single + bytes(60))), (b"QX53", private(bytes(cut)))]))
+    os.mkfifo(folder / "pipe")
 
 
 def make_files(folder, real):

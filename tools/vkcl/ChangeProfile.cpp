@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include "Opened.h"
+#include "platform/plinth/AFile.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl::tool {
@@ -33,10 +35,14 @@ Result TakePlace(const AFilePath& copy, const std::string& path) {
 
 Result ChangeProfile(const std::string& path, int channels, const LayoutTest& suits,
                      const Operation& operation) {
-  VKCLProfileHandler handler(AFilePath(path), channels);
+  OpenedHandler handler(path, channels);
   const VKCLProfile& profile = *handler.GetProfilePtr();
   if (suits(profile)) return operation(handler);
 
+  // The copy could take the place of a file that must not be written.
+  if (AFile file; !file.open(profile.filePath, AFile::ReadWrite)) {
+    return Refused("it cannot be opened for writing");
+  }
   const AFilePath copy = Sibling(path);
   if (!ArrangeTagData(profile, copy)) {
     return Refused(
@@ -45,7 +51,7 @@ Result ChangeProfile(const std::string& path, int channels, const LayoutTest& su
   }
   Result result;
   {
-    VKCLProfileHandler arranged(copy, profile.channelCount);
+    OpenedHandler arranged(copy.str(), profile.channelCount);
     result = operation(arranged);
   }
   if (result.outcome == Outcome::Done) {

@@ -6,12 +6,12 @@
 #include <nlohmann/json.hpp>
 
 #include "Describe.h"
+#include "Opened.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "handler/StoredList.h"
 #include "handler/TargetParser.h"
-#include "handler/VKCLProfileHandler.h"
 
 namespace vkcl::tool {
 namespace {
@@ -112,14 +112,14 @@ Json TargetJson(const ProfileDataList& device, const ProfileDataList& measuremen
           {"samples", std::move(samples)}};
 }
 
-std::string Dumped(const Json& document) { return document.dump(2) + '\n'; }
+std::string Dumped(const Json& document) { return document.dump(2, ' ', kAsciiOnly) + '\n'; }
 
 }  // namespace
 
 Result Lists(const std::string& path, bool values, bool json) {
   const std::string why = WhyInvalid(path, 0);
   if (!why.empty()) return Refused(why);
-  const VKCLProfile profile(AFilePath(path), 0);
+  const OpenedProfile profile(path, 0);
   std::string text;
   Json document = Json::array();
   for (const VKPrivateTagSignature tag : kListTags) {
@@ -140,7 +140,7 @@ Result Lists(const std::string& path, bool values, bool json) {
 Result Target(const std::string& path, bool json) {
   const std::string why = WhyInvalid(path, 0);
   if (!why.empty()) return Refused(why);
-  const VKCLProfile profile(AFilePath(path), 0);
+  const OpenedProfile profile(path, 0);
   unsigned long size = 0;
   const std::unique_ptr<char[]> text(profile.ReadtargTag(size));
   if (text == nullptr) return Refused("it holds no readable characterisation target ('targ')");
@@ -156,7 +156,7 @@ Result Target(const std::string& path, bool json) {
 Result Options(const std::string& path, bool json) {
   const std::string why = WhyInvalid(path, 0);
   if (!why.empty()) return Refused(why);
-  const VKCLProfileHandler handler(AFilePath(path), 0);
+  const OpenedHandler handler(path, 0);
   VKCLProfileOptions options;
   if (handler.GetProfileOptions(options) == 0) {
     return Refused(

@@ -8,12 +8,12 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "Opened.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "handler/StoredList.h"
 #include "handler/StoredSplit.h"
-#include "handler/VKCLProfileHandler.h"
 #include "platform/plinth/AFile.h"
 
 namespace vkcl::tool {
@@ -168,6 +168,7 @@ Json DescribeContent(const VKCLProfileHandler& handler, const VKCLProfile& profi
   if (const RecordType* record = FindRecord(signature)) return DescribeRecord(handler, *record);
   if (signature == QX50) return DescribeSplit(profile);
   if (signature == QX68) return DescribeSpotLimits(handler);
+  if (NameOf(kTitles, signature, nullptr) == nullptr) return Json::object();  // nobody knows it
   VKPrivateTag tag;
   if (!ReadPayload(profile, signature, tag)) return {{"readable", false}};
   switch (signature) {
@@ -290,7 +291,7 @@ Json Describe(const std::string& path, int channels) {
   if (!why.empty()) document["reason"] = why;
   // A profile that only lacks a channel count still has a header and a table to show.
   const int shownWith = !why.empty() && channels == 0 ? 3 : channels;
-  VKCLProfileHandler handler(AFilePath(path), shownWith);
+  OpenedHandler handler(path, shownWith);
   if (handler.IsICCFile() == 0) return document;
   const VKCLProfile& profile = *handler.GetProfilePtr();
   document["header"] = DescribeHeader(profile);

@@ -37,12 +37,15 @@ std::string FoldedList(const Json& list) {
   return text.empty() ? "none" : text;
 }
 
-// Blocks of nothing but zeros, empty texts and numbers that only frame a record say nothing.
-bool IsDull(const std::string& key, const Json& value) {
-  if (key == "version" || key == "size" || key == "count") return true;
+// Blocks of nothing but zeros, empty texts, and numbers that only frame a fixed record say nothing.
+bool IsDull(const Json& content, const std::string& key, const Json& value) {
+  const bool isRecord = content.contains("size") || key == "size";
+  if (key == "version" || key == "size" || key == "count") return isRecord;
   if (!value.is_string()) return false;
   const auto& text = value.get_ref<const std::string&>();
-  return text.find_first_not_of('0') == std::string::npos;
+  constexpr std::size_t kShortestBlock = 32;  // digits
+  return text.empty() ||
+         (text.size() >= kShortestBlock && text.find_first_not_of('0') == std::string::npos);
 }
 
 std::string Shortened(std::string text) {
@@ -56,7 +59,7 @@ std::string Shortened(std::string text) {
 std::string ContentText(const Json& content) {
   std::string text;
   for (const auto& [key, value] : content.items()) {
-    if (IsDull(key, value)) continue;
+    if (IsDull(content, key, value)) continue;
     if (!text.empty()) text += ", ";
     if (key == "readable") {
       text += "cannot be read";

@@ -3,13 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 
 #include "ChangeProfile.h"
 #include "Describe.h"
+#include "Opened.h"
 #include "Text.h"
 #include "WhyInvalid.h"
-#include "handler/VKCLProfileHandler.h"
 #include "platform/plinth/AFile.h"
 #include "platform/profiler/TesselColorProfiler.h"
 #include "profile/TagLayout.h"
@@ -76,6 +77,10 @@ std::uint64_t LengthOf(const std::string& path) {
 std::string WhyUnreadable(const std::string& path) {
   AFile file;
   if (AFilePath(path).isDirectory()) return "it is a folder";
+  std::error_code error;
+  if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+    return "it is not a regular file";
+  }
   if (!file.open(AFilePath(path), AFile::Read)) return "it cannot be opened";
   return {};
 }
@@ -137,14 +142,14 @@ Result Merge(const std::string& source, const std::string& target) {
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(source), why));
   why = WhyInvalid(target, 0);
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(target), why));
-  VKCLProfileHandler from(AFilePath(source), 0);
+  OpenedHandler from(source, 0);
   if (from.IsVKCLProfile() == 0) {
     return Refused(fmt::format("{}: it is none of the system's own profiles", Printable(source)));
   }
   if (AFilePath(source).isSameFile(AFilePath(target))) {
     return Done("both are one file; there is nothing to do");
   }
-  if (VKCLProfileHandler(AFilePath(target), 0).IsVKCLProfile() != 0) {
+  if (OpenedHandler(target, 0).IsVKCLProfile() != 0) {
     return Refused(
         fmt::format("{}: it is one of the system's own profiles already", Printable(target)));
   }
@@ -168,7 +173,7 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
   if (to.exists() && !force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
   }
-  VKCLProfile profile(AFilePath(input), 0);
+  OpenedProfile profile(input, 0);
   const auto isPrivate = [](const icTag& tag) { return tag.sig >> 16 == 0x5158u; };
   const auto removed =
       std::count_if(profile.tagTable, profile.tagTable + profile.tagCount, isPrivate);
@@ -185,7 +190,7 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
 
 Result Lock(const std::string& path) {
   std::string why = WhyInvalid(path, 0);
-  if (why.empty()) why = WhyNoLock(VKCLProfileHandler(AFilePath(path), 0), 0);
+  if (why.empty()) why = WhyNoLock(OpenedHandler(path, 0), 0);
   if (!why.empty()) return Refused(why);
   return ChangeProfile(
       path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), [](VKCLProfileHandler& handler) {
@@ -199,7 +204,7 @@ Result Lock(const std::string& path) {
 
 Result Unlock(const std::string& path) {
   std::string why = WhyInvalid(path, 0);
-  if (why.empty()) why = WhyNoLock(VKCLProfileHandler(AFilePath(path), 0), 1);
+  if (why.empty()) why = WhyNoLock(OpenedHandler(path, 0), 1);
   if (!why.empty()) return Refused(why);
   return ChangeProfile(
       path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), [](VKCLProfileHandler& handler) {
@@ -240,7 +245,7 @@ Result Extract(const std::string& path, const std::string& kindName, const std::
   if (to.exists() && !force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(file)));
   }
-  VKCLProfileHandler handler(AFilePath(path), 0);
+  OpenedHandler handler(path, 0);
   if (handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(kind->signature)) == 0) {
     return Refused(fmt::format("it holds no {} ({})", kind->name, SignatureText(kind->signature)));
   }

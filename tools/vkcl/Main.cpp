@@ -53,7 +53,7 @@ int RunInfo(const InfoOptions& options) {
       fmt::print("{}", vkcl::tool::InfoText(document));
     }
   }
-  if (options.json) fmt::print("{}\n", documents.dump(2));
+  if (options.json) fmt::print("{}\n", documents.dump(2, ' ', vkcl::tool::kAsciiOnly));
   return static_cast<int>(refused ? Outcome::Refused : Outcome::Done);
 }
 
@@ -211,6 +211,10 @@ int Run(int argc, char** argv) {
   verbs.AddAll();
   try {
     app.parse(argc, argv);
+    if (std::fflush(stdout) != 0) {
+      fmt::print(stderr, "vkcl: the output cannot be written\n");
+      return static_cast<int>(Outcome::Refused);
+    }
     return verbs.code();
   } catch (const CLI::ParseError& error) {
     const int code = app.exit(error);

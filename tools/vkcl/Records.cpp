@@ -148,29 +148,34 @@ int PutChroma(VKCLProfileHandler& handler, const Image& image) {
 
 using Handler = VKCLProfileHandler;
 
+constexpr bool kAsImage = false;
+constexpr bool kAsText = true;
+
 const RecordType kRecordTypes[] = {
-    {"SingleInkLimit", "single ink limits", QX51, kSingleLimitFields,
+    {"SingleInkLimit", "single ink limits", QX51, kAsImage, kSingleLimitFields,
      MakeDefault<VKSingleInkLimitWithLinRef>,
      GetImage<VKSingleInkLimitWithLinRef, &Handler::GetVKSingleInkLimitWithLinRef>,
      PutImage<VKSingleInkLimitWithLinRef, &Handler::WriteSILWithLinTag>},
-    {"MultiInkLimit", "multiple ink limits", QX52, kMultiLimitFields, MakeDefault<VKMultiInklimit>,
-     GetMulti, PutMulti},
-    {"ColorParam", "colour parameters", QX53, kColorFields, MakeDefault<VKColorParam>,
+    {"MultiInkLimit", "multiple ink limits", QX52, kAsImage, kMultiLimitFields,
+     MakeDefault<VKMultiInklimit>, GetMulti, PutMulti},
+    {"ColorParam", "colour parameters", QX53, kAsImage, kColorFields, MakeDefault<VKColorParam>,
      GetImage<VKColorParam, &Handler::GetVKColorParam>,
      PutImage<VKColorParam, &Handler::WriteVKColorParamTag>},
-    {"CMStoDither", "colour management to dither", QX64, kFlagFields, MakeDefault<int>,
+    {"CMStoDither", "colour management to dither", QX64, kAsImage, kFlagFields, MakeDefault<int>,
      GetFlag<&Handler::IsCMStoDither>, PutDitherFlag},
-    {"Compatibility", "compatibility block", QX67, kCompatibilityFields,
+    {"Compatibility", "compatibility block", QX67, kAsImage, kCompatibilityFields,
      MakeDefault<VKCompatibilityParam>,
      GetImage<VKCompatibilityParam, &Handler::GetVKCompatibilityParam>,
      PutImage<VKCompatibilityParam, &Handler::WriteVKCompatibilityParam>},
-    {"LinExtraData", "linearisation extra data", QX70, kLinExtraFields,
+    {"LinExtraData", "linearisation extra data", QX70, kAsImage, kLinExtraFields,
      MakeDefault<VKLinExtraDataParam>, GetImage<VKLinExtraDataParam, &Handler::GetVKLinExtraData>,
      PutImage<VKLinExtraDataParam, &Handler::WriteVKLinExtraData>},
-    {"Wizard", "wizard flag", QX74, kFlagFields, MakeDefault<int>, GetFlag<&Handler::IsWizardICC>,
-     PutWizardFlag},
-    {"ChromaAdjust", "chroma adjustment", QX75, kChromaFields, MakeText, GetChroma, PutChroma},
-    {"ProfileExtra", "extra parameters", QX76, kExtraFields, MakeDefault<VKProfileExtraParam>,
+    {"Wizard", "wizard flag", QX74, kAsImage, kFlagFields, MakeDefault<int>,
+     GetFlag<&Handler::IsWizardICC>, PutWizardFlag},
+    {"ChromaAdjust", "chroma adjustment", QX75, kAsText, kChromaFields, MakeText, GetChroma,
+     PutChroma},
+    {"ProfileExtra", "extra parameters", QX76, kAsImage, kExtraFields,
+     MakeDefault<VKProfileExtraParam>,
      GetImage<VKProfileExtraParam, &Handler::GetVKProfileExtraParam>,
      PutImage<VKProfileExtraParam, &Handler::WriteVKProfileExtraParam>},
 };

@@ -31,6 +31,7 @@ struct RecordType {
   const char* name;   ///< as in RECORD.FIELD
   const char* title;  ///< for people
   VKPrivateTagSignature signature;
+  bool isText;  ///< stored as long as its text, with the terminator; else as its image is
   std::span<const Field> fields;
   Image (*make)();  ///< the default record
   int (*get)(const VKCLProfileHandler& handler, Image& image);

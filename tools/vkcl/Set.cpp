@@ -7,10 +7,10 @@
 #include <optional>
 
 #include "ChangeProfile.h"
+#include "Opened.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
-#include "handler/VKCLProfileHandler.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl::tool {
@@ -92,6 +92,31 @@ bool HoldsTag(VKCLProfileHandler& handler, const RecordType& record) {
   return handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(record.signature)) != 0;
 }
 
+constexpr std::size_t kDataHead = 12;
+
+std::size_t PayloadSize(const VKCLProfile& profile, const RecordType& record) {
+  const std::size_t size = profile.GetTagSize(static_cast<icTagSignature>(record.signature));
+  return size < kDataHead ? 0 : size - kDataHead;
+}
+
+// Why a stored record cannot be changed without losing something; empty when it can.
+std::string WhyUnchangeable(const VKCLProfile& profile, const RecordType& record,
+                            const Image& image) {
+  if (record.isText) return {};
+  const std::size_t stored = PayloadSize(profile, record);
+  if (stored != image.size()) {
+    return fmt::format(
+        "the payload of its {} has {} bytes where {} are known; the rest would be lost",
+        record.title, stored, image.size());
+  }
+  const Field* size = FindField(record, "size");
+  if (size != nullptr && FieldValue(*size, image) != image.size()) {
+    return fmt::format("the payload of its {} states another size than it has; it would be cut",
+                       record.title);
+  }
+  return {};
+}
+
 // The image of a record to change: as changed so far, as stored, or the default one.
 std::string ImageFor(VKCLProfileHandler& handler, const RecordType& record,
                      std::vector<Change>& changes, Image*& image) {
@@ -103,17 +128,24 @@ std::string ImageFor(VKCLProfileHandler& handler, const RecordType& record,
   }
   changes.push_back({&record, record.make()});
   image = &changes.back().image;
-  if (handler.IsICCFile() != 0 && HoldsTag(handler, record) && record.get(handler, *image) == 0) {
+  if (handler.IsICCFile() == 0 || !HoldsTag(handler, record)) return {};
+  if (record.get(handler, *image) == 0) {
     return fmt::format("the stored {} cannot be read, so its other fields would be lost",
                        record.title);
   }
-  return {};
+  return WhyUnchangeable(*handler.GetProfilePtr(), record, *image);
+}
+
+// Length of the payload that a change stores.
+std::size_t PayloadSize(const Change& change) {
+  if (!change.record->isText) return change.image.size();
+  return FieldText(change.image.data(), change.image.size()).size() + 1;
 }
 
 bool LayoutSuits(const VKCLProfile& profile, const std::vector<Change>& changes) {
   return std::all_of(changes.begin(), changes.end(), [&](const Change& change) {
     return TagDataSuitWriting(profile, change.record->signature,
-                              static_cast<unsigned long>(change.image.size()));
+                              static_cast<unsigned long>(PayloadSize(change)));
   });
 }
 
@@ -162,7 +194,7 @@ Result SetFields(const std::string& path, const std::vector<std::string>& assign
     return Usage("a profile is created with 3 to 16 channels");
   }
 
-  VKCLProfileHandler handler(AFilePath(path), create ? createChannels : channels);
+  OpenedHandler handler(path, create ? createChannels : channels);
   std::vector<Change> changes;
   changes.reserve(parsed.size());
   for (const Assignment& assignment : parsed) {

@@ -17,6 +17,9 @@ std::string Printable(std::string_view bytes);
 /// The bytes as valid UTF-8: what is none becomes U+FFFD.
 std::string Utf8(std::string_view bytes);
 
+/// JSON goes out in ASCII: no byte of a file's texts reaches a terminal as it is.
+inline constexpr bool kAsciiOnly = true;
+
 /// A zero-terminated field of fixed width as text; the whole field without a terminator.
 std::string_view FieldText(const char* field, std::size_t width);
 

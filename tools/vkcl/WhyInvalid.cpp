@@ -9,6 +9,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "Opened.h"
 #include "Text.h"
 #include "profile/VKCLProfile.h"
 
@@ -51,6 +52,10 @@ std::string WhyHeaderIsRefused(std::ifstream& file, std::uint64_t length) {
 std::string WhyInvalid(const std::string& path, int channels) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) return "it is a folder";
+  const auto status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    return "it is not a regular file";
+  }
   errno = 0;
   std::ifstream file(path, std::ios::binary);
   if (!file) {
@@ -62,8 +67,11 @@ std::string WhyInvalid(const std::string& path, int channels) {
   std::string why = WhyHeaderIsRefused(file, length);
   if (!why.empty()) return why;
 
-  const VKCLProfile profile(path, channels);
+  const OpenedProfile profile(path, channels);
   if (profile.isValidICC() != 0) return {};
+  if (channels != 0 || profile.tagTable == nullptr) {
+    return "it cannot be loaded; memory or file handles are short";
+  }
   return fmt::format(
       "its colour space '{}' does not tell a number of channels; give it with --channels",
       SignatureText(profile.GetColorSpace()));
