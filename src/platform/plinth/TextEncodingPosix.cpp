@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/plinth/TextEncoding.h"
+#include "platform/plinth/Utf8.h"
 
 namespace vkcl {
 namespace {
@@ -84,7 +85,8 @@ std::string ConvertAll(const char* to, const char* from, std::string_view text,
 }  // namespace
 
 std::string HostTextToUtf8(std::string_view text) {
-  return ConvertAll(kUtf8, HostCharset().c_str(), text, kReplacement, 1);
+  // The C library's converter takes and gives sequences that UTF-8 had before RFC 3629.
+  return ValidUtf8(ConvertAll(kUtf8, HostCharset().c_str(), text, kReplacement, 1));
 }
 
 std::string Utf8ToHostText(std::string_view utf8) {
@@ -99,7 +101,7 @@ std::wstring Utf8ToWide(std::string_view utf8) {
   constexpr wchar_t kWideReplacement = 0xFFFD;
   const std::string_view replacement(reinterpret_cast<const char*>(&kWideReplacement),
                                      sizeof kWideReplacement);
-  const std::string bytes = ConvertAll(kWide, kUtf8, utf8, replacement, 1);
+  const std::string bytes = ConvertAll(kWide, kUtf8, ValidUtf8(utf8), replacement, 1);
   std::wstring wide(bytes.size() / sizeof(wchar_t), L'\0');
   std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(wchar_t));
   return wide;
@@ -108,7 +110,7 @@ std::wstring Utf8ToWide(std::string_view utf8) {
 std::string WideToUtf8(std::wstring_view wide) {
   const std::string_view bytes(reinterpret_cast<const char*>(wide.data()),
                                wide.size() * sizeof(wchar_t));
-  return ConvertAll(kUtf8, kWide, bytes, kReplacement, sizeof(wchar_t));
+  return ValidUtf8(ConvertAll(kUtf8, kWide, bytes, kReplacement, sizeof(wchar_t)));
 }
 
 }  // namespace vkcl

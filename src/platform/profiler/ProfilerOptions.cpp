@@ -49,9 +49,28 @@ Options OptionsIn(cmsHANDLE dictionary) {
   return options;
 }
 
-bool AddEntry(cmsHANDLE dictionary, const std::string& name, const std::string& value) {
-  return cmsDictAddEntry(dictionary, Utf8ToWide(name).c_str(), Utf8ToWide(value).c_str(), nullptr,
-                         nullptr) != 0;
+// Little CMS reads pairs of UTF-16 units into one wide character where there is room, but writes
+// the low half of each: characters of two units are handed over as two.
+std::wstring AsUnits(const wchar_t* text) {
+  std::wstring units;
+  for (; text != nullptr && *text != L'\0'; ++text) {
+    const auto character = static_cast<std::uint32_t>(*text);
+    if (character < 0x10000) {
+      units += *text;
+    } else {
+      units += static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
+      units += static_cast<wchar_t>(0xDC00 + (character & 0x3FF));
+    }
+  }
+  return units;
+}
+
+bool AddEntry(cmsHANDLE dictionary, const wchar_t* name, const wchar_t* value,
+              const cmsMLU* displayName, const cmsMLU* displayValue) {
+  const std::wstring valueUnits = AsUnits(value);
+  return cmsDictAddEntry(dictionary, AsUnits(name).c_str(),
+                         value != nullptr ? valueUnits.c_str() : nullptr, displayName,
+                         displayValue) != 0;
 }
 
 // The old dictionary's other entries, with the options behind them. Little CMS keeps a dictionary
@@ -60,16 +79,19 @@ Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options)
   Dictionary merged(cmsDictAlloc(context.get()));
   if (!merged) return nullptr;
   for (auto option = options.rbegin(); option != options.rend(); ++option) {
-    if (!AddEntry(merged.get(), option->first, option->second)) return nullptr;
+    if (!AddEntry(merged.get(), Utf8ToWide(option->first).c_str(),
+                  Utf8ToWide(option->second).c_str(), nullptr, nullptr)) {
+      return nullptr;
+    }
   }
-  std::vector<const cmsDICTentry*> kept;
+  std::vector<const cmsDICTentry*> others;
   for (const cmsDICTentry* entry = old != nullptr ? cmsDictGetEntryList(old) : nullptr;
        entry != nullptr; entry = cmsDictNextEntry(entry)) {
-    if (!options.contains(NameOf(*entry))) kept.push_back(entry);
+    if (!options.contains(NameOf(*entry))) others.push_back(entry);
   }
-  for (auto entry = kept.rbegin(); entry != kept.rend(); ++entry) {
-    if (!cmsDictAddEntry(merged.get(), (*entry)->Name, (*entry)->Value, (*entry)->DisplayName,
-                         (*entry)->DisplayValue)) {
+  for (auto entry = others.rbegin(); entry != others.rend(); ++entry) {
+    const cmsDICTentry& kept = **entry;
+    if (!AddEntry(merged.get(), kept.Name, kept.Value, kept.DisplayName, kept.DisplayValue)) {
       return nullptr;
     }
   }
