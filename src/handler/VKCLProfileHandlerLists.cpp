@@ -37,10 +37,13 @@ bool SignatureOf(VKCLProfileHandler::EnbedFileType type, VKPrivateTagSignature& 
   return false;
 }
 
-// Length of the values that the counters announce; -1 when they are no counters.
-std::int64_t AnnouncedBytes(const ProfileDataList& list, bool present) {
-  if (list.NumOfSamples < 0 || list.NumOfColors < 0) return -1;
-  return present ? std::int64_t{list.NumOfSamples} * list.NumOfColors * std::int64_t{8} : 0;
+// Whether the counters announce values of `size` bytes.
+bool Announces(const ProfileDataList& list, bool present, std::size_t size) {
+  if (list.NumOfSamples < 0 || list.NumOfColors < 0) return false;
+  const std::uint64_t values = present ? static_cast<std::uint64_t>(list.NumOfSamples) *
+                                             static_cast<std::uint64_t>(list.NumOfColors)
+                                       : 0;
+  return size % sizeof(double) == 0 && values == size / sizeof(double);
 }
 
 bool FillList(ProfileDataList& list, PayloadReader reader) {
@@ -51,9 +54,7 @@ bool FillList(ProfileDataList& list, PayloadReader reader) {
   list.Measured = reader.Int32();
   const bool present = reader.Int32() != 0;
   const std::size_t size = reader.left();
-  if (!reader.good() || AnnouncedBytes(list, present) != static_cast<std::int64_t>(size)) {
-    return false;
-  }
+  if (!reader.good() || !Announces(list, present, size)) return false;
   if (size == 0) return true;
   list.DataList = new (std::nothrow) double[size / sizeof(double)];
   return list.DataList != nullptr && reader.Copy(list.DataList, size);

@@ -15,6 +15,10 @@
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace {
 
 using vkcl::testing::Big32At;
@@ -802,6 +806,10 @@ TEST(ProfilerImport, OfADictionaryCutAnywhereGivesTheWholeValueOrNone) {
 }
 
 TEST(ProfilerImport, OfADamagedDictionaryDoesNoHarm) {
+#if defined(__SANITIZE_ADDRESS__)
+  // Little CMS 2.14 forgets what it had read of a dictionary that it then refuses.
+  const __lsan::ScopedDisabler forgiven;
+#endif
   const TempDir dir;
   const Bytes whole = ReadFile(WithDictionary(
       dir, "srgb.icc", {{L"InkTotal", L"310", true}, {L"Foreign", L"x"}, {L"BlackStart", L"0"}}));
@@ -818,7 +826,7 @@ TEST(ProfilerImport, OfADamagedDictionaryDoesNoHarm) {
           static_cast<unsigned char>(random() % 2 == 0 ? random() % 256 : 0xFF * (random() % 2));
     }
     const Profiler profiler;
-    const std::string path = dir.Write("damaged.icc", damaged);
+    const std::string path = dir.Write(std::to_string(round), damaged);
     if (profiler.Import(path) == 0) {
       ++read;
       for (const std::string& key : Keys()) EXPECT_LE(profiler.Get(key).value_or("").size(), 255u);
