@@ -54,6 +54,7 @@ Options OptionsIn(cmsHANDLE dictionary) {
 std::wstring AsUnits(const wchar_t* text) {
   std::wstring units;
   for (; text != nullptr && *text != L'\0'; ++text) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character, not a narrow one
     const auto character = static_cast<std::uint32_t>(*text);
     if (character < 0x10000) {
       units += *text;
