@@ -14,7 +14,7 @@ if(TARGET vkcl_lcms2 AND NOT BUILD_SHARED_LIBS)
 endif()
 
 set(vkcl_internal_headers
-    platform/Bytes.h platform/Guarded.h platform/plinth/WholeFile.h platform/plinth/Utf8.h privatetags/PayloadCursor.h
+    platform/Bytes.h platform/Guarded.h platform/OwnedText.h platform/plinth/WholeFile.h platform/plinth/Utf8.h privatetags/PayloadCursor.h
     platform/plinth/FileRewrite.h handler/TagReading.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")

@@ -19,21 +19,6 @@ struct HandleDeleter {
 using ProfilerHandle = std::unique_ptr<void, HandleDeleter<CLFreeCLProfilerRef>>;
 using FileSpecHandle = std::unique_ptr<void, HandleDeleter<CLFreeFileSpecRef>>;
 
-// In the order in which they are asked for.
-struct OptionKey {
-  const char* key;
-  AString VKCLProfileOptions::*member;
-};
-constexpr OptionKey kOptionKeys[] = {
-    {"ProfileSize", &VKCLProfileOptions::ProfileSize},
-    {"BlackGeneration", &VKCLProfileOptions::BlackGeneration},
-    {"BlackStart", &VKCLProfileOptions::BlackStart},
-    {"BlackWidth", &VKCLProfileOptions::BlackWidth},
-    {"BrightenerCorrection", &VKCLProfileOptions::BrightenerCorrection},
-    {"ProfileFormat", &VKCLProfileOptions::ProfileFormat},
-    {"InkTotal", &VKCLProfileOptions::InkTotal},
-};
-
 // A pair of lists that a profile carries from a finished state on.
 struct ListPair {
   VKCLProfileFinishedState from;
@@ -63,7 +48,7 @@ int VKCLProfileHandler::GetProfileOptions(VKCLProfileOptions& options) const {
     CLName2FileSpec(file.get(), path.c_str());
     if (CLImportProfilerOptions(profiler.get(), file.get()) != 0) return 0;
     VKCLProfileOptions read;
-    for (const OptionKey& option : kOptionKeys) {
+    for (const vkcl::ProfileOptionKey& option : vkcl::kProfileOptionKeys) {
       std::array<char, 257> value = {};  // 256 bytes for the library, and a terminator of our own
       CLGetProfilerOption(profiler.get(), option.key, value.data());
       // An option that is not set replaces its default by the empty text: deliberately so.

@@ -7,6 +7,7 @@
 #include "handler/TagReading.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/Guarded.h"
+#include "platform/OwnedText.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
 using vkcl::FillRecord;
@@ -18,14 +19,6 @@ using vkcl::TagPayload;
 namespace {
 
 constexpr std::int32_t kTableType = 1;
-
-// A zero-terminated copy of `length` bytes.
-std::unique_ptr<char[]> CopyText(const char* bytes, std::size_t length) {
-  std::unique_ptr<char[]> text(new char[length + 1]);
-  std::memcpy(text.get(), bytes, length);
-  text[length] = '\0';
-  return text;
-}
 
 // A make of exactly this text is stored by old hosts.
 void ShortenMake(char (&make)[128]) {
@@ -160,7 +153,8 @@ int VKCLProfileHandler::GetVKSpotSIL(VKSpotSingleInkLimit& limits) const {
     const char* values = reader.Take(static_cast<std::size_t>(count) * sizeof(double));
     if (!reader.good()) return 0;
 
-    std::unique_ptr<char[]> nameCopy = CopyText(name, static_cast<std::size_t>(nameLength));
+    std::unique_ptr<char[]> nameCopy =
+        vkcl::OwnedText({name, static_cast<std::size_t>(nameLength)});
     std::unique_ptr<double[]> limitsCopy(new double[static_cast<std::size_t>(count)]);
     std::memcpy(limitsCopy.get(), values, static_cast<std::size_t>(count) * sizeof(double));
     delete[] limits.name;
@@ -195,7 +189,8 @@ int VKCLProfileHandler::GetVKSpotLinDL(VKSpotLinDLParam& links) const {
     const char* sizes = reader.Take(linkCount * sizeof(std::int32_t));
     if (!reader.good()) return 0;
 
-    std::unique_ptr<char[]> nameCopy = CopyText(name, static_cast<std::size_t>(nameLength));
+    std::unique_ptr<char[]> nameCopy =
+        vkcl::OwnedText({name, static_cast<std::size_t>(nameLength)});
     std::unique_ptr<std::int32_t[]> linkSizes(new std::int32_t[linkCount]);
     std::memcpy(linkSizes.get(), sizes, linkCount * sizeof(std::int32_t));
     std::unique_ptr<void*[]> handles(new void*[linkCount]());

@@ -14,3 +14,24 @@ struct VKCL_API VKCLProfileOptions {
   AString BrightenerCorrection = "0.0";
   AString InkTotal;
 };
+
+namespace vkcl {
+
+/// An option's key in the profiler library, and its member.
+struct ProfileOptionKey {
+  const char* key;
+  AString VKCLProfileOptions::*member;
+};
+
+/// The options in the order in which the profiler library is asked for them.
+inline constexpr ProfileOptionKey kProfileOptionKeys[] = {
+    {"ProfileSize", &VKCLProfileOptions::ProfileSize},
+    {"BlackGeneration", &VKCLProfileOptions::BlackGeneration},
+    {"BlackStart", &VKCLProfileOptions::BlackStart},
+    {"BlackWidth", &VKCLProfileOptions::BlackWidth},
+    {"BrightenerCorrection", &VKCLProfileOptions::BrightenerCorrection},
+    {"ProfileFormat", &VKCLProfileOptions::ProfileFormat},
+    {"InkTotal", &VKCLProfileOptions::InkTotal},
+};
+
+}  // namespace vkcl

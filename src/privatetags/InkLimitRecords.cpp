@@ -5,8 +5,10 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <string_view>
 
 #include "platform/Guarded.h"
+#include "platform/OwnedText.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
 namespace {
@@ -25,12 +27,8 @@ double BelowSixty(double limit) { return limit >= 60.0 ? limit : limit * limit /
 // Half is added and the fraction dropped, also below zero. An integer has no negative zero.
 double Rounded(double limit) { return std::trunc(limit + 0.5) + 0.0; }
 
-std::unique_ptr<char[]> CopyText(const CString& text) {
-  const auto length = static_cast<std::size_t>(text.GetLength());
-  std::unique_ptr<char[]> copy(new char[length + 1]);
-  std::memcpy(copy.get(), text.GetString(), length);
-  copy[length] = '\0';
-  return copy;
+std::string_view ViewOf(const CString& text) {
+  return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
 }
 
 }  // namespace
@@ -70,7 +68,7 @@ void VKSpotSingleInkLimit::SetData(int newCount, const CString& newName, double*
   const bool copied = vkcl::Guarded([&] {  // before the release: the arguments may be our own
     if (kept == 0) return true;
     const auto values64 = static_cast<std::size_t>(kept);
-    nameCopy = CopyText(newName);
+    nameCopy = vkcl::OwnedText(ViewOf(newName));
     limitsCopy.reset(new double[values64]());
     if (values != nullptr) std::memcpy(limitsCopy.get(), values, values64 * sizeof(double));
     return true;
@@ -110,7 +108,7 @@ void VKSpotLinDLParam::SetData(int newCount, const CString& newName) {
     std::unique_ptr<std::int32_t[]> sizes;
     std::unique_ptr<void*[]> handles;
     if (kept > 0) {
-      nameCopy = CopyText(newName);
+      nameCopy = vkcl::OwnedText(ViewOf(newName));
       sizes.reset(new std::int32_t[kept]());
       handles.reset(new void*[kept]());
     }

@@ -20,20 +20,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr VKPrivateTagSignature kListTags[] = {QX55, QX54, QX57, QX56, QX60, QX59, QX72, QX73};
 
-struct OptionName {
-  const char* name;
-  AString VKCLProfileOptions::*member;
-};
-constexpr OptionName kOptions[] = {
-    {"ProfileSize", &VKCLProfileOptions::ProfileSize},
-    {"ProfileFormat", &VKCLProfileOptions::ProfileFormat},
-    {"BlackGeneration", &VKCLProfileOptions::BlackGeneration},
-    {"BlackWidth", &VKCLProfileOptions::BlackWidth},
-    {"BlackStart", &VKCLProfileOptions::BlackStart},
-    {"BrightenerCorrection", &VKCLProfileOptions::BrightenerCorrection},
-    {"InkTotal", &VKCLProfileOptions::InkTotal},
-};
-
 double ValueAt(const ProfileDataList& list, std::int32_t sample, std::int32_t color) {
   return list
       .DataList[static_cast<std::size_t>(sample) * static_cast<std::size_t>(list.NumOfColors) +
@@ -164,10 +150,10 @@ Result Options(const std::string& path, bool json) {
   }
   Json document = Json::object();
   std::string text;
-  for (const OptionName& option : kOptions) {
+  for (const ProfileOptionKey& option : kProfileOptionKeys) {
     const std::string value = (options.*option.member).str();
-    document[option.name] = Utf8(value);
-    text += fmt::format("  {:<22}{}\n", option.name, value.empty() ? "-" : Printable(value));
+    document[option.key] = Utf8(value);
+    text += fmt::format("  {:<22}{}\n", option.key, value.empty() ? "-" : Printable(value));
   }
   return Done(json ? Dumped(document) : text);
 }
