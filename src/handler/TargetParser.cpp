@@ -1,16 +1,11 @@
 #include "handler/TargetParser.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
-#include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
-#include <string>
 
-#include "platform/plinth/ALocaleSwitcher.h"
 #include "platform/plinth/AString.h"
+#include "platform/plinth/NumberText.h"
 #include "profile/icc.h"
 
 namespace vkcl {
@@ -43,14 +38,6 @@ struct MeasurementField {
 };
 constexpr MeasurementField kMeasurementFields[] = {
     {"XYZ", icSigXYZData, 3}, {"LAB", icSigLabData, 3}, {"R_380", icSignature("refl"), 36}};
-
-constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-std::string_view SkipSpace(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && IsSpace(text[i])) ++i;
-  return text.substr(i);
-}
 
 std::string_view From(std::string_view text, std::size_t position) {
   return text.substr(std::min(position, text.size()));
@@ -106,65 +93,6 @@ TargetRule ReadFields(std::string_view text, std::size_t start, std::size_t end,
     position += Behind(word);
   }
   return TargetRule::NoMeasurement;
-}
-
-// A number that is too large or too small for from_chars to tell: the C library rounds it to
-// infinity or zero.
-float Extreme(const char* first, const char* last) {
-  const ALocaleSwitcher neutral;
-  return std::strtof(std::string(first, last).c_str(), nullptr);
-}
-
-bool StartsWith(std::string_view text, std::string_view word) {
-  return text.size() >= word.size() &&
-         AString(text.data(), word.size()).compareNoCase(AString(word.data(), word.size())) == 0;
-}
-
-// What %f takes for a number though it has no digits; its length, or 0.
-std::size_t NumberWord(std::string_view text, float& number) {
-  if (StartsWith(text, "nan")) {
-    number = std::numeric_limits<float>::quiet_NaN();
-    return 3;
-  }
-  if (!StartsWith(text, "inf")) return 0;
-  number = std::numeric_limits<float>::infinity();
-  if (StartsWith(text, "infinity")) return 8;
-  return StartsWith(text, "infi") ? 0 : 3;  // a word that has begun must end
-}
-
-// The digits of a number without its sign; their length, or 0. An exponent that has begun must
-// have digits: "1e" is no number.
-std::size_t Digits(std::string_view text, float& number) {
-  const bool hex = text.size() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-  const char* first = text.data() + (hex ? 2 : 0);
-  const char* last = text.data() + text.size();
-  if (first != last && *first == '-') return 0;
-  const auto result = std::from_chars(first, last, number,
-                                      hex ? std::chars_format::hex : std::chars_format::general);
-  if (result.ec == std::errc::invalid_argument) return 0;
-  const char exponent = hex ? 'p' : 'e';
-  const auto isExponent = [&](char c) { return (c | 0x20) == exponent; };
-  const bool begun = result.ptr != last && isExponent(*result.ptr);
-  if (begun && std::none_of(first, result.ptr, isExponent)) return 0;
-  if (result.ec == std::errc::result_out_of_range) number = Extreme(text.data(), result.ptr);
-  return static_cast<std::size_t>(result.ptr - text.data());
-}
-
-// Reads the next number as the C library's %f conversion would, with a point as separator.
-// `text` loses what was read. False when there is none.
-bool NextNumber(std::string_view& text, float& number) {
-  text = SkipSpace(text);
-  if (text.empty()) return false;
-  const bool negative = text.front() == '-';
-  const std::string_view unsignedText = text.substr(negative || text.front() == '+' ? 1 : 0);
-  if (unsignedText.empty()) return false;
-  const bool isWord = unsignedText.front() > '9';
-  const std::size_t length =
-      isWord ? NumberWord(unsignedText, number) : Digits(unsignedText, number);
-  if (length == 0) return false;
-  if (negative) number = -number;
-  text = unsignedText.substr(length);
-  return true;
 }
 
 void ReadSample(std::string_view line, double* device, std::int32_t deviceColors, double* measured,
