@@ -16,6 +16,8 @@
 #include <atomic>
 #include <cerrno>
 #include <limits>
+#include <mutex>
+#include <optional>
 
 #include "platform/plinth/HostFiles.h"
 
@@ -47,6 +49,9 @@ struct Plan {
 thread_local Plan plan;
 
 std::atomic<int> open_handles = 0;
+
+std::mutex executable_mutex;
+std::optional<std::string> executable;
 
 void Record(CallKind kind, std::uint64_t offset = 0, std::uint64_t bytes = 0) {
   if (current_log != nullptr) CallRecorder::Add(*current_log, {kind, offset, bytes});
@@ -130,6 +135,16 @@ FaultAt::FaultAt(std::size_t which, Fault fault) { plan = Plan{true, false, fals
 FaultAt::~FaultAt() { plan.armed = false; }
 bool FaultAt::Reached() { return plan.reached; }
 
+ExecutableAt::ExecutableAt(std::string path) {
+  const std::lock_guard lock(executable_mutex);
+  executable = std::move(path);
+}
+
+ExecutableAt::~ExecutableAt() {
+  const std::lock_guard lock(executable_mutex);
+  executable.reset();
+}
+
 int OpenHandles() { return open_handles; }
 
 }  // namespace vkcl::testing
@@ -188,6 +203,38 @@ bool Remove(const char* path) noexcept {
   if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
   return plain_host::Remove(path);
 }
+
+bool Sync(Handle handle) noexcept {
+  testing::Record(CallKind::Sync);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::Sync(handle);
+}
+
+bool Rename(const char* from, const char* to) noexcept {
+  testing::Record(CallKind::Rename);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::Rename(from, to);
+}
+
+void SyncFolder(const char* path) noexcept {
+  testing::Record(CallKind::Sync);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return;
+  plain_host::SyncFolder(path);
+}
+
+bool CopyPermissions(const char* from, const char* to) noexcept {
+  testing::Record(CallKind::Permissions);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::CopyPermissions(from, to);
+}
+
+std::string ExecutablePath() {
+  testing::Record(CallKind::Program);
+  const std::lock_guard lock(testing::executable_mutex);
+  return testing::executable ? *testing::executable : plain_host::ExecutablePath();
+}
+
+std::string LongPath(const std::string& path) { return plain_host::LongPath(path); }
 
 bool Exists(const char* path) noexcept {
   testing::Record(CallKind::Look);

@@ -3,11 +3,25 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace vkcl::testing {
 
-enum class CallKind { Open, Read, Write, Length, SetLength, Close, Remove, Look };
+enum class CallKind {
+  Open,
+  Read,
+  Write,
+  Length,
+  SetLength,
+  Sync,
+  Close,
+  Remove,
+  Rename,
+  Permissions,
+  Look,
+  Program
+};
 
 struct Call {
   CallKind kind;
@@ -53,6 +67,16 @@ class FaultAt {
 
   /// Whether as many calls were made.
   static bool Reached();
+};
+
+/// While it lives, the program's executable is said to be at `path`, in every thread. An empty path
+/// says that the system does not tell it. One at a time.
+class ExecutableAt {
+ public:
+  explicit ExecutableAt(std::string path);
+  ~ExecutableAt();
+  ExecutableAt(const ExecutableAt&) = delete;
+  ExecutableAt& operator=(const ExecutableAt&) = delete;
 };
 
 /// Handles that are open now, over all threads.

@@ -52,9 +52,25 @@ bool SetLength(Handle handle, std::uint64_t length) noexcept;
 /// is gone in either case.
 bool Close(Handle handle) noexcept;
 
+/// Has the system carry what was written to the medium. True, too, where a file system has no such
+/// operation; false when bytes were lost.
+bool Sync(Handle handle) noexcept;
+
 bool Remove(const char* path) noexcept;
+/// Gives a file another name in the same folder; a file that has that name is replaced in one step.
+bool Rename(const char* from, const char* to) noexcept;
+/// Has the system carry a folder's entries to the medium, as far as it can.
+void SyncFolder(const char* path) noexcept;
+/// Gives the file `to` the permissions of the file `from`, and its owner where that is allowed.
+bool CopyPermissions(const char* from, const char* to) noexcept;
 bool Exists(const char* path) noexcept;
 bool IsDirectory(const char* path) noexcept;
+
+/// Path of the program's own executable file; empty when the system does not tell it.
+std::string ExecutablePath();
+/// The path with short names ("PROGRA~1") written out, where the system has such names; the path
+/// as it stands when that fails.
+std::string LongPath(const std::string& path);
 
 /// The path as the file system takes it (wide characters on Windows), and back.
 std::filesystem::path SystemPath(const std::string& path);

@@ -90,7 +90,45 @@ bool Close(Handle handle) noexcept {
   return ::close(static_cast<int>(handle)) == 0 || errno == EINTR;
 }
 
+bool Sync(Handle handle) noexcept {
+  int result = 0;
+  do {
+    result = ::fsync(static_cast<int>(handle));
+  } while (result != 0 && errno == EINTR);
+  return result == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
+}
+
 bool Remove(const char* path) noexcept { return ::unlink(path) == 0; }
+
+bool Rename(const char* from, const char* to) noexcept { return ::rename(from, to) == 0; }
+
+void SyncFolder(const char* path) noexcept {
+  const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return;
+  ::fsync(descriptor);
+  ::close(descriptor);
+}
+
+bool CopyPermissions(const char* from, const char* to) noexcept {
+  struct stat status = {};
+  if (::stat(from, &status) != 0) return false;
+  // The owner first: a change of owner may take bits off the mode.
+  struct stat now = {};
+  const bool same =
+      ::stat(to, &now) == 0 && now.st_uid == status.st_uid && now.st_gid == status.st_gid;
+  const bool owned = same || ::chown(to, status.st_uid, status.st_gid) == 0;
+  const mode_t mode = status.st_mode & (owned ? 07777u : 0777u);
+  return ::chmod(to, mode) == 0;
+}
+
+std::string ExecutablePath() {
+  std::array<char, 5000> buffer;
+  const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+  if (length <= 0 || static_cast<std::size_t>(length) == buffer.size()) return {};
+  return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+std::string LongPath(const std::string& path) { return path; }
 
 bool Exists(const char* path) noexcept { return ::access(path, F_OK) == 0; }
 

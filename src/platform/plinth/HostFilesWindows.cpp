@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "platform/plinth/HostFiles.h"
@@ -124,6 +125,42 @@ bool Remove(const char* path) noexcept {
   } catch (...) {
     return false;
   }
+}
+
+bool Sync(Handle handle) noexcept {
+  if (::FlushFileBuffers(Native(handle))) return true;
+  return ::GetLastError() == ERROR_INVALID_FUNCTION || ::GetLastError() == ERROR_NOT_SUPPORTED;
+}
+
+bool Rename(const char* from, const char* to) noexcept {
+  try {
+    return ::MoveFileExW(Wide(from).c_str(), Wide(to).c_str(),
+                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+  } catch (...) {
+    return false;
+  }
+}
+
+void SyncFolder(const char*) noexcept {}  // the move above is written through
+
+bool CopyPermissions(const char*, const char*) noexcept {
+  return true;  // a file takes its permissions from its folder
+}
+
+std::string ExecutablePath() {
+  std::array<wchar_t, 5000> buffer;
+  const DWORD room = static_cast<DWORD>(buffer.size());
+  const DWORD length = ::GetModuleFileNameW(nullptr, buffer.data(), room);
+  if (length == 0 || length == room) return {};
+  return NarrowPath(std::filesystem::path(std::wstring(buffer.data(), length)));
+}
+
+std::string LongPath(const std::string& path) {
+  std::array<wchar_t, 5000> buffer;
+  const DWORD room = static_cast<DWORD>(buffer.size());
+  const DWORD length = ::GetLongPathNameW(Wide(path.c_str()).c_str(), buffer.data(), room);
+  if (length == 0 || length >= room) return path;
+  return NarrowPath(std::filesystem::path(std::wstring(buffer.data(), length)));
 }
 
 bool Exists(const char* path) noexcept { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
