@@ -117,6 +117,17 @@ struct VKCL_API SplitParam {
   /// Replaces version 2 or 3 records by version 4 ones.
   void ConvertToV4();
 
+  /// Replaces the records by the default split of a colour mode, of the version that the set has:
+  /// a record for each colorant that has a light or medium ink. 1, also for a mode that has none;
+  /// 0 for a version other than 2, 3 and 4 (the count is stored, and no records are left).
+  ///
+  /// With `values`, the strength of each channel's ink in the canonical order of the mode, in any
+  /// unit, the curves of version 4 are scaled by how strong the light and medium inks are compared
+  /// with the full-strength one, whose strength is taken at the colorant's number. A colorant whose
+  /// own strength is 0 or missing, or whose lighter inks are not a positive part of it, gets the
+  /// fixed curves.
+  int SetDefaultValues(int colorMode, double* values);
+
   /// Length of one record of a version; 0 for a version other than 2, 3 and 4.
   static std::size_t RecordSize(long version);
   /// An array of `count` default records of a version; null for other versions, for a negative
