@@ -15,7 +15,8 @@ endif()
 
 set(vkcl_internal_headers
     platform/Bytes.h platform/Guarded.h platform/OwnedText.h platform/plinth/WholeFile.h platform/plinth/Utf8.h privatetags/PayloadCursor.h
-    platform/plinth/FileRewrite.h platform/plinth/NumberText.h handler/TagReading.h
+    platform/plinth/FileRewrite.h platform/plinth/NumberText.h
+    platform/plinth/ReplaceFile.h platform/plinth/SiblingFile.h handler/TagReading.h
     colornames/Colorants.h colornames/LazyDefinitions.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")

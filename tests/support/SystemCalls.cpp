@@ -15,6 +15,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <limits>
 #include <mutex>
 #include <optional>
@@ -57,11 +58,14 @@ void Record(CallKind kind, std::uint64_t offset = 0, std::uint64_t bytes = 0) {
   if (current_log != nullptr) CallRecorder::Add(*current_log, {kind, offset, bytes});
 }
 
+constexpr int kDeath = 77;
+
 // Counts a call; true when it is the one to fail.
 bool IsDue() {
   if (!plan.armed || plan.reached) return false;
   if (plan.left-- > 0) return false;
   plan.reached = true;
+  if (plan.fault == Fault::Death) std::_Exit(kDeath);
   return true;
 }
 
@@ -98,6 +102,10 @@ std::int64_t Move(CallKind kind, std::uint64_t offset, const SliceType* slices, 
     plan.diskFull = plan.fault == Fault::FullDisk;
     const std::vector<SliceType> half = Half(slices, count);
     moved = transfer(half.data(), half.size());
+  } else if (plan.fault == Fault::DeathWithin) {
+    const std::vector<SliceType> half = Half(slices, count);
+    transfer(half.data(), half.size());
+    std::_Exit(kDeath);
   } else if (plan.fault == Fault::Error) {
     moved = host::kFailed;
   } else {
@@ -208,6 +216,18 @@ bool Sync(Handle handle) noexcept {
   testing::Record(CallKind::Sync);
   if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
   return plain_host::Sync(handle);
+}
+
+bool TryLock(Handle handle) noexcept {
+  testing::Record(CallKind::Lock);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  return plain_host::TryLock(handle);
+}
+
+int NameCount(Handle handle) noexcept {
+  testing::Record(CallKind::Look);
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return -1;
+  return plain_host::NameCount(handle);
 }
 
 bool Rename(const char* from, const char* to) noexcept {

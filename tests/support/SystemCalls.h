@@ -15,6 +15,7 @@ enum class CallKind {
   Length,
   SetLength,
   Sync,
+  Lock,
   Close,
   Remove,
   Rename,
@@ -54,6 +55,8 @@ enum class Fault {
   FullDisk,     ///< a write moves half of its bytes; the next write fails
   Interrupted,  ///< a transfer is interrupted before anything is moved
   FailedClose,  ///< a close does its work and reports that bytes were lost
+  Death,        ///< the process ends before the call, with exit code 77; no destructor runs
+  DeathWithin,  ///< a transfer moves half of its bytes, then the process ends so
 };
 
 /// Makes the `which`-th call of this thread (from 0) fail while the object lives. Calls that the

@@ -89,6 +89,12 @@ std::int64_t AFile::length() const { return isOpen() ? host::Length(handle_) : -
 
 bool AFile::setLength(std::uint64_t length) { return isOpen() && host::SetLength(handle_, length); }
 
+bool AFile::sync() { return isOpen() && host::Sync(handle_); }
+
+bool AFile::tryLock() { return isOpen() && host::TryLock(handle_); }
+
+bool AFile::hasName() const { return isOpen() && host::NameCount(handle_) != 0; }
+
 bool AFile::close() {
   if (!isOpen()) return true;
   const host::Handle handle = handle_;

@@ -43,6 +43,15 @@ class VKCL_API AFile {
   std::int64_t length() const;
   bool setLength(std::uint64_t length);
 
+  /// Has the system carry what was written to the medium. False when that failed.
+  bool sync();
+
+  /// Takes the file for this object alone, as far as others ask, until it is closed or the process
+  /// ends. False when somebody has it, or the file system has no locks.
+  bool tryLock();
+  /// Whether the file still has a name: a file that is open may have been removed.
+  bool hasName() const;
+
   /// Closes the file. False when the system reports that written bytes were lost.
   bool close();
 

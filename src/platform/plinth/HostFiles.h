@@ -56,6 +56,12 @@ bool Close(Handle handle) noexcept;
 /// operation; false when bytes were lost.
 bool Sync(Handle handle) noexcept;
 
+/// Takes the file for this handle alone, as far as others ask, until the handle is closed or its
+/// process ends. False when another handle has it, or the file system has no locks.
+bool TryLock(Handle handle) noexcept;
+/// How many names the file has; 0 for one that was removed while it is open, -1 on failure.
+int NameCount(Handle handle) noexcept;
+
 bool Remove(const char* path) noexcept;
 /// Gives a file another name in the same folder; a file that has that name is replaced in one step.
 bool Rename(const char* from, const char* to) noexcept;

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -6,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 
 #include "platform/plinth/HostFiles.h"
 
@@ -96,6 +98,20 @@ bool Sync(Handle handle) noexcept {
     result = ::fsync(static_cast<int>(handle));
   } while (result != 0 && errno == EINTR);
   return result == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
+}
+
+bool TryLock(Handle handle) noexcept {
+  int result = 0;
+  do {
+    result = ::flock(static_cast<int>(handle), LOCK_EX | LOCK_NB);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+int NameCount(Handle handle) noexcept {
+  struct stat status = {};
+  if (::fstat(static_cast<int>(handle), &status) != 0) return -1;
+  return static_cast<int>(std::min<nlink_t>(status.st_nlink, INT_MAX));
 }
 
 bool Remove(const char* path) noexcept { return ::unlink(path) == 0; }

@@ -132,6 +132,18 @@ bool Sync(Handle handle) noexcept {
   return ::GetLastError() == ERROR_INVALID_FUNCTION || ::GetLastError() == ERROR_NOT_SUPPORTED;
 }
 
+bool TryLock(Handle handle) noexcept {
+  OVERLAPPED place = Position(0x7FFFFFFF00000000u);  // behind every byte that is read or written
+  return ::LockFileEx(Native(handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                      &place) != 0;
+}
+
+int NameCount(Handle handle) noexcept {
+  BY_HANDLE_FILE_INFORMATION information = {};
+  if (!::GetFileInformationByHandle(Native(handle), &information)) return -1;
+  return static_cast<int>(information.nNumberOfLinks);
+}
+
 bool Rename(const char* from, const char* to) noexcept {
   try {
     return ::MoveFileExW(Wide(from).c_str(), Wide(to).c_str(),

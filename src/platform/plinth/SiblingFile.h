@@ -1,0 +1,51 @@
+// A new file beside another one, which takes its place when it is whole.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/plinth/AFile.h"
+#include "platform/plinth/AFilePath.h"
+
+namespace vkcl {
+
+/// Created empty in the folder of the file at `place`, through symbolic links, with the permissions
+/// of the file there, and its owner where that is allowed; removed with the object unless it took
+/// the place. Whoever opens the place, at any moment and after any crash,
+/// finds the old file or the new one, whole.
+class SiblingFile {
+ public:
+  explicit SiblingFile(const AFilePath& place);
+  ~SiblingFile();
+  SiblingFile(const SiblingFile&) = delete;
+  SiblingFile& operator=(const SiblingFile&) = delete;
+
+  /// False when the place names something that is no regular file or may not be written, or the
+  /// new file could not be created. Nothing else may be asked then.
+  bool exists() const { return exists_; }
+
+  /// The new file, open for writing until it is closed, and its path.
+  AFile& file() { return file_; }
+  const AFilePath& path() const { return path_; }
+  /// The place behind symbolic links, and whether a file is there.
+  const AFilePath& place() const { return place_; }
+  bool isTaken() const { return taken_; }
+
+  /// Has the system carry the new file to the medium, and puts it in the place. False when a step
+  /// failed; the old file is as it was then.
+  bool takePlace();
+
+  /// Removes new files beside `place` whose programs ended before they took a place or were
+  /// removed; files that are still worked on stay. The number of files removed.
+  static int RemoveLeftovers(const AFilePath& place);
+
+ private:
+  bool Create();
+
+  AFilePath place_;
+  AFilePath path_;
+  AFile file_;
+  bool taken_ = false;
+  bool exists_ = false;
+};
+
+}  // namespace vkcl
