@@ -7,17 +7,23 @@ install(TARGETS VKCLProfileHandler EXPORT VKCLProfileHandlerTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-if(TARGET vkcl_lcms2 AND NOT BUILD_SHARED_LIBS)
-  get_target_property(vkcl_lcms2_type vkcl_lcms2 TYPE)
-  install(TARGETS vkcl_lcms2 EXPORT VKCLProfileHandlerTargets
-          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The static library leaves the libraries below it to whoever links it.
+if(NOT BUILD_SHARED_LIBS)
+  foreach(library vkcl_lcms2 vkcl_pugixml)
+    if(TARGET ${library})
+      get_target_property(${library}_type ${library} TYPE)
+      install(TARGETS ${library} EXPORT VKCLProfileHandlerTargets
+              ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    endif()
+  endforeach()
 endif()
 
 set(vkcl_internal_headers
-    platform/Bytes.h platform/Guarded.h platform/OwnedText.h platform/plinth/WholeFile.h platform/plinth/Utf8.h privatetags/PayloadCursor.h
-    platform/plinth/FileRewrite.h platform/plinth/NumberText.h
-    platform/plinth/ReplaceFile.h platform/plinth/SiblingFile.h handler/TagReading.h
-    colornames/Colorants.h colornames/LazyDefinitions.h)
+    colornames/Colorants.h colornames/LazyDefinitions.h handler/TagReading.h platform/Bytes.h
+    platform/Guarded.h platform/OwnedText.h platform/axml/XmlText.h platform/plinth/FileRewrite.h
+    platform/plinth/HexText.h platform/plinth/NumberText.h platform/plinth/ReplaceFile.h
+    platform/plinth/SiblingFile.h
+    platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")
 list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})
@@ -45,7 +51,7 @@ if(BUILD_SHARED_LIBS)
   set(vkcl_pc_requires "")
 else()
   set(vkcl_pc_cflags "")
-  set(vkcl_pc_requires "lcms2")
+  set(vkcl_pc_requires "lcms2 pugixml")
 endif()
 file(RELATIVE_PATH vkcl_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vkclprofilehandler.pc.in"
