@@ -10,12 +10,19 @@
 
 #include "platform/Export.h"
 
+class AXMLTree;
+class AXMLTreeNode;
+
 #pragma pack(push, 4)
 
 /// Head of every split record.
 struct VKCL_API SplitTypeBase {
   std::uint32_t size = 0;           ///< length of the whole record in bytes
   std::int32_t colorantIndex = -1;  ///< colorant that the record splits; -1 when not set
+
+  /// Saves the attribute "colorantIndex" into an element (`load` 0), or loads it; 1. A missing
+  /// attribute reads as 0.
+  int Serialize(AXMLTree& tree, AXMLTreeNode& node, int load);
 };
 
 /// Version 2: knots and amounts. -1.0 marks a knot that is not set.
@@ -84,6 +91,13 @@ struct VKCL_API SplitTypeV4 : SplitTypeBase {
   explicit SplitTypeV4(const SplitTypeV2& v2);
   /// Shapes are 0. Counts outside 0 to 256 are taken as 0 or 256.
   explicit SplitTypeV4(const SplitTypeV3& v3);
+
+  /// Saves the record into an element, or loads it; 1. Attributes "interpolation" and
+  /// "colorantIndex"; child elements "light", "medium" and "dark" (none of them when the record's
+  /// size is 0), each with its points as "input amount shape;", six decimals a number. When
+  /// loading, a curve without its element is empty, damaged text ends a curve at its last good
+  /// point, and a curve ends at 256 points. 0 when saving failed for want of memory.
+  int Serialize(AXMLTree& tree, AXMLTreeNode& node, int load);
 };
 
 #pragma pack(pop)
@@ -127,6 +141,17 @@ struct VKCL_API SplitParam {
   /// own strength is 0 or missing, or whose lighter inks are not a positive part of it, gets the
   /// fixed curves.
   int SetDefaultValues(int colorMode, double* values);
+
+  /// Saves the set into an element (`load` 0), or loads it; 1. Attributes "Version" and
+  /// "NumofColor2Split", child "ListSplit" with an "item" a record. Of records of version 2 and 3
+  /// only the colorant is kept, deliberately: convert to version 4 before saving. Numbers have a
+  /// point whatever the locale.
+  ///
+  /// Loading takes the elements below "ListSplit" by their place, whatever their name; a record
+  /// without one has its defaults. 0 for a version other than 2, 3 and 4: what was saved up to
+  /// there stays, and after loading no records are left. So it is, when loading, for a count below
+  /// 0 or above 1,024.
+  int Serialize(AXMLTree& tree, AXMLTreeNode& node, int load);
 
   /// Length of one record of a version; 0 for a version other than 2, 3 and 4.
   static std::size_t RecordSize(long version);
