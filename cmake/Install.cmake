@@ -23,7 +23,8 @@ set(vkcl_internal_headers
     platform/Guarded.h platform/OwnedText.h platform/axml/XmlText.h platform/plinth/FileRewrite.h
     platform/plinth/HexText.h platform/plinth/NumberText.h platform/plinth/ReplaceFile.h
     platform/plinth/SiblingFile.h
-    platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h)
+    platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
+    vsd/VSDElements.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")
 list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})
