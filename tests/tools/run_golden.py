@@ -10,6 +10,7 @@ where it ended with another code than 0.
 import os
 import pathlib
 import shlex
+import shutil
 import struct
 import subprocess
 import sys
@@ -84,8 +85,55 @@ def make_own(folder):
     os.mkfifo(folder / "pipe")
 
 
+LIST = """<DataFormat>1281450528</DataFormat><NumOfSamples>2</NumOfSamples><ColorMode>2</ColorMode>
+<NumOfColors>3</NumOfColors><Measured>{}</Measured><DataList>
+  000000000000f03f 0000000000000040 0000000000000840
+</DataList>"""
+
+
+def make_documents(folder):
+    """VSD documents and splits as others write them, and a tool with a colour definitions file."""
+    sizes = "".join(f"<{name}>{LIST.format(2)}</{name}>" for name in ("Small", "Medium", "Large"))
+    (folder / "full.vsd").write_text(
+        "<?xml version='1.0'?><!-- by hand --><VK_VSD_PROFILE><VK_VSD_COLORPARAM><Make>Acme\x7f</Make>"
+        "<Model/><MediaName>B\u00fctten \u7d19</MediaName><MediaID> 7</MediaID>"
+        "<PrintMode>1</PrintMode><ResolutionID>2</ResolutionID><ResolutionX>720.5</ResolutionX>"
+        "<ResolutionY>1e3</ResolutionY><ColorMode>-2147483631</ColorMode>"
+        "<DriverColorMode>0</DriverColorMode><DitherMethod>3</DitherMethod>"
+        "<DriverOption>00AB</DriverOption></VK_VSD_COLORPARAM>"
+        f"<MeasurementData>{sizes}</MeasurementData>"
+        "<MediumStart><NumOfColors>2</NumOfColors><DataList>000000000000f03f</DataList></MediumStart>"
+        "<LargeStart><DataList/></LargeStart>"
+        "<VK_VSD_SINGLE_INKLIMITS><Num_of_Channels>4</Num_of_Channels>"
+        "<Values>95.50;80</Values></VK_VSD_SINGLE_INKLIMITS>"
+        "<VK_VSD_SPOT_SINGLE_INKLIMITS><Num_of_Channels>1</Num_of_Channels>"
+        "<ChannelS>Spot 1</ChannelS><Values>70.25</Values></VK_VSD_SPOT_SINGLE_INKLIMITS>"
+        "</VK_VSD_PROFILE>", "utf-8")
+    (folder / "partial.vsd").write_text(
+        f"<VK_VSD_PROFILE><MeasurementData><Small>{LIST.format(1)}</Small></MeasurementData>"
+        "</VK_VSD_PROFILE>", "utf-8")
+    (folder / "other.xml").write_text("<vk_vsd_profile/>", "utf-8")
+    (folder / "bomb.vsd").write_text(
+        "<!DOCTYPE a [<!ENTITY b 'bbbbbbbbbb'>]><VK_VSD_PROFILE>&b;</VK_VSD_PROFILE>", "utf-8")
+    (folder / "split.xml").write_text(
+        '<Any Version="4" NumofColor2Split="1"><ListSplit><item colorantIndex="3">'
+        "<dark>0 0 0; 0.5 0.25 0.1; 1 1 0</dark></item></ListSplit></Any>", "utf-8")
+    (folder / "ICC").mkdir()
+    (folder / "ICC" / "press.icc").write_bytes((folder / "own.icc").read_bytes())
+    (folder / "ICC" / "plain.icc").write_bytes(profile([(b"cprt", b"text\0\0\0\0by hand\0")]))
+
+
+def make_installation(folder, tool):
+    (folder / "Bin").mkdir()
+    shutil.copy(tool, folder / "Bin" / "vkcl")
+    (folder / "Program").mkdir()
+    (folder / "Program" / "Colors.ini").write_text(
+        "[Colours]\r\nViolet 10000 0 0 0\r\nOrange2 0x20000 0 -1 +2\r\nShort 40000 0 0\r\n")
+
+
 def make_files(folder, real):
     make_own(folder)
+    make_documents(folder)
     text = b"text\0\0\0\0made by hand\0"
     (folder / "plain.icc").write_bytes(profile([(b"cprt", text)]))
     (folder / "gap.icc").write_bytes(profile([(b"cprt", text)], gap=8))
@@ -113,6 +161,7 @@ def run_command(line, folder, tool):
                           stderr=subprocess.PIPE, check=False,
                           env={**os.environ, "LC_ALL": "C.UTF-8", "PATH": path})
     output = (done.stdout + done.stderr).decode("utf-8", "backslashreplace")
+    output = output.replace(str(folder), "FOLDER")
     if output and not output.endswith("\n"):
         output += "\n"
     return output + (f"[exit {done.returncode}]\n" if done.returncode else "")
@@ -121,8 +170,9 @@ def run_command(line, folder, tool):
 def run_case(path, tool, real):
     commands = [line for line in path.read_text("utf-8").splitlines() if line.startswith("$ ")]
     with tempfile.TemporaryDirectory(prefix="vkcl-golden-") as name:
-        folder = pathlib.Path(name)
+        folder = pathlib.Path(name).resolve()
         make_files(folder, real)
+        make_installation(folder, tool)
         return "".join(f"{line}\n{run_command(line[2:], folder, tool)}" for line in commands)
 
 

@@ -10,12 +10,15 @@
 #include <string>
 #include <vector>
 
+#include "ColorCommands.h"
 #include "DataCommands.h"
 #include "Describe.h"
 #include "InfoText.h"
 #include "LifeCommands.h"
 #include "Set.h"
+#include "SplitCommands.h"
 #include "Text.h"
+#include "VsdCommands.h"
 
 namespace {
 
@@ -81,6 +84,9 @@ class Verbs {
     AddSet();
     AddLife();
     AddData();
+    AddColors();
+    AddSplit();
+    AddVsd();
   }
   int code() const { return code_; }
 
@@ -155,9 +161,78 @@ class Verbs {
     verb->add_flag("--json", json_, "As a JSON document");
   }
 
+  void AddColors() {
+    CLI::App* colors = app_.add_subcommand("colors", "Tell ink sets and their colour modes");
+    colors->require_subcommand(1);
+    CLI::App* verb = Add(
+        "mode", "The colour mode of an ink set",
+        "vkcl colors mode Cyan Magenta Yellow Black LCyan LMagenta",
+        [this] { Show(vkcl::tool::ColorMode(names_, json_)); }, colors);
+    verb->add_option("NAME", names_, "Names of the inks, as they are written")->required();
+    verb->add_flag("--json", json_, "As a JSON document");
+    verb = Add(
+        "names", "The inks of a colour mode", "vkcl colors names 0x80000011",
+        [this] { Show(vkcl::tool::ColorNames(other_, json_)); }, colors);
+    verb->add_option("MODE", other_, "Decimal, or hexadecimal behind 0x")->required();
+    verb->add_flag("--json", json_, "As a JSON document");
+  }
+
+  void AddSplit() {
+    CLI::App* verb = Add("split", "Show an ink split, write it as XML, or store one from XML",
+                         "vkcl split press.icc\n  vkcl split --default 256 --xml split.xml\n"
+                         "  vkcl split press.icc --from-xml split.xml",
+                         [this] {
+                           file_ = split_.file;
+                           Show(vkcl::tool::Split(split_));
+                         });
+    verb->add_option("FILE", split_.file, "A profile, or an XML file with a split");
+    verb->add_option("--default", split_.mode, "The default split of a colour mode instead");
+    verb->add_option("--strengths", split_.values,
+                     "Strengths of the mode's inks, in their order, which scale the default split")
+        ->delimiter(',');
+    verb->add_option("--version", split_.version, "Version of the default split: 2, 3 or 4")
+        ->check(CLI::Range(2, 4));
+    verb->add_option("--xml", split_.toXml, "Write the split to this file, as XML");
+    verb->add_option("--from-xml", split_.fromXml, "Store the split of this file in the profile");
+    verb->add_flag("--force", split_.force, "Replace an existing file");
+    verb->add_flag("--json", split_.json, "As a JSON document");
+  }
+
+  void AddVsd() {
+    CLI::App* vsd = app_.add_subcommand("vsd", "The VSD document beside a profile");
+    vsd->add_option("FILE", file_, "The document, or a profile that has one beside it");
+    vsd->add_flag("--json", json_, "As a JSON document");
+    vsd->footer("Example:\n  vkcl vsd VSDProfile/press.icc");
+    vsd->callback([this, vsd] {
+      if (!vsd->get_subcommands().empty()) return;
+      if (file_.empty()) return Tell({}, vkcl::tool::Usage("vsd: FILE is required"));
+      Show(vkcl::tool::VsdShow(file_, json_));
+    });
+    CLI::App* verb = Add(
+        "create", "Make the document, with the profile's colour parameters",
+        "vkcl vsd create press.icc",
+        [this] { Tell(other_, vkcl::tool::VsdCreate(other_, force_)); }, vsd);
+    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb->add_flag("--force", force_, "Replace an existing document");
+    verb = Add(
+        "embed", "Store the document in the profile", "vkcl vsd embed press.icc",
+        [this] { Tell(other_, vkcl::tool::VsdEmbed(other_)); }, vsd);
+    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb = Add(
+        "extract", "Write the stored document beside the profile", "vkcl vsd extract press.icc",
+        [this] { Tell(other_, vkcl::tool::VsdExtract(other_, force_)); }, vsd);
+    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb->add_flag("--force", force_, "Replace an existing document");
+  }
+
   CLI::App* Add(const char* name, const char* what, const std::string& example,
                 std::function<void()> run) {
-    CLI::App* verb = app_.add_subcommand(name, what);
+    return Add(name, what, example, std::move(run), &app_);
+  }
+
+  static CLI::App* Add(const char* name, const char* what, const std::string& example,
+                       std::function<void()> run, CLI::App* above) {
+    CLI::App* verb = above->add_subcommand(name, what);
     verb->footer("Example:\n  " + example);
     verb->callback(std::move(run));
     return verb;
@@ -193,10 +268,12 @@ class Verbs {
 
   CLI::App& app_;
   InfoOptions info_;
+  vkcl::tool::SplitOptions split_;
   SetOptions set_;
   std::string file_;
   std::string other_;
   std::string kind_;
+  std::vector<std::string> names_;
   bool force_ = false;
   bool values_ = false;
   bool json_ = false;
