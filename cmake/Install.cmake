@@ -24,7 +24,7 @@ set(vkcl_internal_headers
     platform/plinth/HexText.h platform/plinth/NumberText.h platform/plinth/ReplaceFile.h
     platform/plinth/SiblingFile.h
     platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
-    vsd/VSDElements.h)
+    platform/profiler/ProfilerObjects.h vsd/VSDElements.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")
 list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})

@@ -553,12 +553,13 @@ TEST(VSDHostileDocument, OtherDocumentsOfTheWorldAreNone) {
   }
 }
 
-// Text outside the root, and what stands behind a reference to the character 0, would be lost when
-// the document is saved: it is refused.
+// Text outside the root, what stands behind a reference to the character 0, and one of two
+// attributes of a name would be lost, here or by the next reader: such a document is refused.
 TEST(VSDHostileDocument, ThatWouldLoseTextIsNone) {
   for (const std::string text :
        {"text <VK_VSD_PROFILE/>", "<VK_VSD_PROFILE/> text", "<VK_VSD_PROFILE/><![CDATA[text]]>",
-        "<VK_VSD_PROFILE>a&#0;b</VK_VSD_PROFILE>", "<VK_VSD_PROFILE>a&#x000;b</VK_VSD_PROFILE>"}) {
+        "<VK_VSD_PROFILE a='1' a='2'/>", "<VK_VSD_PROFILE>a&#0;b</VK_VSD_PROFILE>",
+        "<VK_VSD_PROFILE>a&#x000;b</VK_VSD_PROFILE>"}) {
     const Sidecar file(text);
     EXPECT_EQ(file.handler.IsValid(), 0) << text;
   }
@@ -567,8 +568,7 @@ TEST(VSDHostileDocument, ThatWouldLoseTextIsNone) {
 // Slips that lose nothing are forgiven; what is no reference is text.
 TEST(VSDHostileDocument, WithSlipsThatLoseNothingIsRead) {
   for (const auto& [written, read] :
-       {std::pair<std::string, std::string>{"<Make a='1' a='2'>Acme</Make>", "Acme"},
-        {"<Make>a & b</Make>", "a & b"},
+       {std::pair<std::string, std::string>{"<Make>a & b</Make>", "a & b"},
         {"<Make>&unknown;</Make>", "&unknown;"},
         {"<Make>&#;&#x;&#10</Make>", "&#;&#x;&#10"}}) {
     Sidecar file("<VK_VSD_PROFILE><VK_VSD_COLORPARAM>" + written +

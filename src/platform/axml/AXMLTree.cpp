@@ -1,12 +1,15 @@
 #include "platform/axml/AXMLTree.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/Guarded.h"
 #include "platform/axml/XmlText.h"
@@ -68,10 +71,12 @@ bool HasFewMarks(std::string_view text) {
   return marks.AreFew();
 }
 
-// Whether elements are nested at most as deep as is allowed. No recursion: the depth is theirs.
-bool IsShallow(const pugi::xml_node& root) {
+// Calls `visit` for every node below and including `root`, with its level, until it says no. No
+// recursion: the depth is the document's.
+template <class Visit>
+bool ForEachNode(const pugi::xml_node& root, Visit visit) {
   pugi::xml_node node = root;
-  for (int level = 1; level <= kMostLevels;) {
+  for (int level = 1; visit(node, level);) {
     if (const pugi::xml_node child = node.first_child()) {
       node = child;
       ++level;
@@ -87,17 +92,63 @@ bool IsShallow(const pugi::xml_node& root) {
   return false;
 }
 
+// Whether elements are nested at most as deep as is allowed.
+bool IsShallow(const pugi::xml_node& root) {
+  return ForEachNode(root, [](const pugi::xml_node&, int level) { return level <= kMostLevels; });
+}
+
+// Whether no name stands twice, and all are names.
+bool HasGoodAttributes(const pugi::xml_node& element) {
+  std::vector<std::string_view> names;
+  for (const pugi::xml_attribute& attribute : element.attributes()) {
+    names.emplace_back(attribute.name());
+  }
+  std::sort(names.begin(), names.end());
+  return std::adjacent_find(names.begin(), names.end()) == names.end() &&
+         std::all_of(names.begin(), names.end(), vkcl::IsXmlName);
+}
+
+// Brings a text that others wrote, or that lost its form by references, into the form in which this
+// library writes: bytes that are no UTF-8 are the host's, and what cannot stand in a document has
+// characters of its own.
+template <class Holder>
+bool SetGoodValue(Holder& holder) {
+  if (vkcl::IsXmlText(holder.value())) return true;
+  std::string room;
+  const std::string host = vkcl::XmlToHostText(holder.value());
+  return holder.set_value(std::string(vkcl::HostTextToXml(host, room)).c_str());
+}
+
+// Sees to it that others can read the document when it is saved. False when that is not possible.
+bool MakeGood(const pugi::xml_node& root) {
+  return ForEachNode(root, [](pugi::xml_node node, int) {
+    if (node.type() == pugi::node_document) return true;
+    if (node.type() == pugi::node_element) {
+      if (!vkcl::IsXmlName(node.name()) || !HasGoodAttributes(node)) return false;
+      for (pugi::xml_attribute attribute : node.attributes()) {
+        if (!SetGoodValue(attribute)) return false;
+      }
+      return true;
+    }
+    if (node.type() == pugi::node_pi && !vkcl::IsXmlName(node.name())) return false;
+    return SetGoodValue(node);
+  });
+}
+
 bool DeclaresEntities(const pugi::xml_node& node) {
   return node.type() == pugi::node_doctype && std::strstr(node.value(), "<!ENTITY") != nullptr;
 }
 
-// Whether there is one element at the top, no text, and no document type with entities. Blanks at
-// the top, which are layout, are taken out.
-bool HasOneRoot(pugi::xml_document& document) {
+// Whether there is one element at the top, no text, and at most one document type, before the
+// element and without entities. Blanks at the top, which are layout, are taken out.
+bool HasGoodTop(pugi::xml_document& document) {
   int roots = 0;
+  int types = 0;
   for (pugi::xml_node node = document.first_child(); node;) {
     const pugi::xml_node next = node.next_sibling();
     const std::string_view text = node.value();
+    if (node.type() == pugi::node_doctype && (++types > 1 || roots > 0 || text.empty()))
+      return false;
     if (DeclaresEntities(node)) return false;
     if (IsText(node)) {
       if (!std::all_of(text.begin(), text.end(), vkcl::IsSpace)) return false;
@@ -109,15 +160,36 @@ bool HasOneRoot(pugi::xml_document& document) {
   return roots == 1;
 }
 
-// Whether a reference to the character 0 stands in the text. What follows it would be lost.
-bool NamesZero(std::string_view text) {
+// Whether a reference to a character that there is not stands in the text. What follows one to the
+// character 0, or to a number that becomes 0 in 32 bits, would be lost.
+bool HasBadReference(std::string_view text) {
+  constexpr std::uint32_t kLast = 0x10FFFF;
   for (std::size_t at = text.find("&#"); at != std::string_view::npos; at = text.find("&#", at)) {
     at += 2;
-    if (text.substr(at, 1) == "x") ++at;
-    const std::size_t end = text.find_first_not_of('0', at);
-    if (end != at && end != std::string_view::npos && text[end] == ';') return true;
+    const bool hex = text.substr(at, 1) == "x";
+    if (hex) ++at;
+    std::uint32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data() + at, end, number, hex ? 16 : 10);
+    const bool closed = result.ptr != end && *result.ptr == ';';
+    if (!closed || result.ec == std::errc::invalid_argument) continue;
+    if (result.ec != std::errc() || number == 0 || number > kLast) return true;
   }
   return false;
+}
+
+// Whether the text is in an encoding of several bytes a character.
+bool IsWide(std::string_view text) {
+  return text.substr(0, 4).find('\0') != std::string_view::npos || text.starts_with("\xFF\xFE") ||
+         text.starts_with("\xFE\xFF");
+}
+
+// Whether the parser would lose a part of the text without a word: what stands behind a zero.
+bool LosesText(std::string_view text) {
+  if (!IsWide(text)) return text.find('\0') != std::string_view::npos || HasBadReference(text);
+  std::string narrow;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(narrow), [](char c) { return c != 0; });
+  return HasBadReference(narrow);
 }
 
 // A byte string of the host as the document holds it, zero-terminated.
@@ -223,26 +295,39 @@ bool AXMLTreeNode::SetValue(const AString& text) {
   });
 }
 
+std::string_view AXMLTreeNode::ViewAttribute(const AString& name, std::string& room) const {
+  const Xml key(name);
+  return vkcl::XmlToHostText(NodeOf(element_).attribute(key.c_str()).value(), room);
+}
+
 AString AXMLTreeNode::GetAttribute(const AString& name) const {
   return vkcl::Guarded([&] {
-    const Xml key(name);
-    return AString(vkcl::XmlToHostText(NodeOf(element_).attribute(key.c_str()).value()));
+    std::string room;
+    const std::string_view text = ViewAttribute(name, room);
+    return AString(text.data(), text.size());
   });
 }
 
 bool AXMLTreeNode::SetAttribute(const AString& name, const AString& text) {
   return vkcl::Guarded([&] {
     pugi::xml_node element = NodeOf(element_);
-    if (!element || !vkcl::IsXmlName(name.str())) return false;
     const Xml key(name);
     const Xml xml(text);
+    if (!element || !vkcl::IsXmlName(key.c_str())) return false;
     pugi::xml_attribute attribute = element.attribute(key.c_str());
     if (attribute) return attribute.set_value(xml.c_str());
-    attribute = element.append_attribute(key.c_str());
-    if (attribute.set_value(xml.c_str())) return true;
+    // In steps, each of which tells when memory is short.
+    attribute = element.append_attribute("");
+    if (attribute.set_name(key.c_str()) && attribute.set_value(xml.c_str())) return true;
     element.remove_attribute(attribute);
     return false;
   });
+}
+
+AXMLTreeNode AXMLTreeNode::GetNext() const {
+  pugi::xml_node next = NodeOf(element_).next_sibling();
+  while (next && next.type() != pugi::node_element) next = next.next_sibling();
+  return AXMLTreeNode(next.internal_object());
 }
 
 AXMLTreeNode AXMLTreeNode::GetChild(const AString& name) const {
@@ -278,11 +363,12 @@ int AXMLTreeNode::GetChildCount() const {
 AXMLTreeNode AXMLTreeNode::AddChild(const AString& name, const AString& value) {
   return vkcl::Guarded([&] {
     pugi::xml_node element = NodeOf(element_);
-    if (!element || !vkcl::IsXmlName(name.str())) return AXMLTreeNode();
     const Xml key(name);
-    AXMLTreeNode child(element.append_child(key.c_str()).internal_object());
-    if (child && child.SetValue(value)) return child;
-    element.remove_child(NodeOf(child.element_));
+    if (!element || !vkcl::IsXmlName(key.c_str())) return AXMLTreeNode();
+    pugi::xml_node added = element.append_child(pugi::node_element);
+    AXMLTreeNode child(added.internal_object());
+    if (added.set_name(key.c_str()) && child.SetValue(value)) return child;
+    element.remove_child(added);
     return AXMLTreeNode();
   });
 }
@@ -291,8 +377,9 @@ AXMLTree::AXMLTree(const AString& rootName) {
   document_ = vkcl::Guarded([&] {
     auto created = std::make_unique<Document>();
     const Xml key(rootName);
-    created->nodes.append_child(vkcl::IsXmlName(rootName.str()) ? key.c_str() : "_");
-    return created;
+    pugi::xml_node root = created->nodes.append_child(pugi::node_element);
+    const bool named = root.set_name(vkcl::IsXmlName(key.c_str()) ? key.c_str() : "_");
+    return named ? std::move(created) : nullptr;
   });
 }
 
@@ -305,11 +392,11 @@ int AXMLTree::LoadFromFile(const AFilePath& path, int /*mode*/) {
     if (content.bytes == nullptr) return 0;
     loaded->text = std::move(content.bytes);
     loaded->size = content.size;
-    char* text = loaded->text.get();
-    if (!HasFewMarks({text, loaded->size}) || NamesZero({text, loaded->size})) return 0;
-    if (!loaded->nodes.load_buffer_inplace(text, loaded->size, kParsing)) return 0;
-    if (!HasOneRoot(loaded->nodes)) return 0;
-    if (!IsShallow(loaded->nodes.document_element())) return 0;
+    const std::string_view text(loaded->text.get(), loaded->size);
+    if (!HasFewMarks(text) || LosesText(text)) return 0;
+    if (!loaded->nodes.load_buffer_inplace(loaded->text.get(), loaded->size, kParsing)) return 0;
+    if (!HasGoodTop(loaded->nodes) || !IsShallow(loaded->nodes.document_element())) return 0;
+    if (!MakeGood(loaded->nodes)) return 0;
     document_ = std::move(loaded);
     return 1;
   });

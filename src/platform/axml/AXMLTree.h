@@ -15,7 +15,8 @@
 /// or another such handle.
 ///
 /// Texts are byte strings in the host's encoding; the document is in UTF-8. Whatever bytes are put
-/// in, control characters and bytes that are no text of that encoding included, come out again.
+/// in, control characters and bytes that are no text of that encoding included, come out again,
+/// also of a file; only blanks alone, beside child elements, are taken for layout there.
 class VKCL_API AXMLTreeNode {
  public:
   AXMLTreeNode() = default;
@@ -36,6 +37,8 @@ class VKCL_API AXMLTreeNode {
 
   /// Empty, too, when there is no attribute of that name.
   AString GetAttribute(const AString& name) const;
+  /// The same as ViewValue gives a value.
+  std::string_view ViewAttribute(const AString& name, std::string& room) const;
   /// Sets or adds an attribute. False when memory is short, or `name` is no name of XML 1.0.
   bool SetAttribute(const AString& name, const AString& text);
 
@@ -44,6 +47,8 @@ class VKCL_API AXMLTreeNode {
   /// The child element at a place, counted from 0; comments and the like do not count.
   AXMLTreeNode GetChild(int index) const;
   int GetChildCount() const;
+  /// The next element that has the same parent.
+  AXMLTreeNode GetNext() const;
 
   /// Appends a child element with a text, which may be empty. A handle of no element, and nothing
   /// added, when memory is short or `name` is no name of XML 1.0.
@@ -67,14 +72,15 @@ class VKCL_API AXMLTree {
   AXMLTree& operator=(const AXMLTree&) = delete;
 
   /// Replaces the document by that of a file: 1. 0, and the document as it was, for a file that
-  /// cannot be read or holds no document. Slips that lose nothing are forgiven: of two attributes
-  /// of a name the first counts, and what looks like a reference and is none is text. Refused, too,
-  /// are documents that could exhaust the host: above 256 MiB, with more than about a million tags
-  /// or attributes, with elements nested more than 256 deep, or that declare entities. Encodings:
-  /// UTF-8, UTF-16 and UTF-32 by byte-order mark or first characters, ISO 8859-1 by declaration;
-  /// bytes that are no UTF-8 are taken as the host's. Comments, processing instructions and
-  /// elements that nobody asks for are kept and saved again; layout is not. The second argument has
-  /// no meaning.
+  /// cannot be read or holds no document. Small slips are forgiven where the document can be saved
+  /// so that others read it and nothing is lost: what looks like a reference and is none is text.
+  /// Refused, too, are documents that could exhaust the host: above 256 MiB, with more than about a
+  /// million tags or attributes, with elements nested more than 256 deep, or that declare entities.
+  ///
+  /// Encodings: UTF-8, UTF-16 and UTF-32 by byte-order mark or first characters, ISO 8859-1 by
+  /// declaration; bytes that are no UTF-8 are taken as the host's. Comments, processing
+  /// instructions and elements that nobody asks for are kept and saved again; layout is not: blanks
+  /// between elements. The second argument has no meaning.
   int LoadFromFile(const AFilePath& path, int mode);
 
   /// Writes the document, as UTF-8 with two blanks of indentation a level, into a new file that

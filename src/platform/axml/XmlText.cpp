@@ -94,20 +94,68 @@ std::string WithRawBytes(std::string_view text) {
   return xml;
 }
 
-// A piece of a document without characters for single bytes.
+// A piece of a document without characters for single bytes, which is valid UTF-8.
 std::string PieceToHost(std::string_view piece) {
   if (IsPlain(piece)) return std::string(piece);
   std::string text = Utf8ToHostText(piece);
-  return text.empty() ? std::string(piece) : text;
+  if (!text.empty()) return text;
+  while (!piece.empty()) {  // the host lacks one of the characters, at least
+    const std::string_view character = piece.substr(0, Utf8Length(piece));
+    const std::string converted = Utf8ToHostText(character);
+    text += converted.empty() ? character : converted;
+    piece.remove_prefix(character.size());
+  }
+  return text;
+}
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+// XML 1.0 (fifth edition), 2.3: NameStartChar, and what NameChar has beside it. Without U+FEFF,
+// which readers of the older editions take for a byte-order mark.
+constexpr Range kNameStart[] = {
+    {':', ':'},       {'A', 'Z'},        {'_', '_'},       {'a', 'z'},       {0xC0, 0xD6},
+    {0xD8, 0xF6},     {0xF8, 0x2FF},     {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D},
+    {0x2070, 0x218F}, {0x2C00, 0x2FEF},  {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFEFE},
+    {0xFF00, 0xFFFD}, {0x10000, 0xEFFFF}};
+constexpr Range kNameMore[] = {
+    {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
+
+template <std::size_t count>
+bool IsIn(const Range (&ranges)[count], char32_t character) {
+  return std::any_of(std::begin(ranges), std::end(ranges), [=](const Range& range) {
+    return character >= range.first && character <= range.last;
+  });
+}
+
+// The character at the front of valid UTF-8.
+char32_t Decode(std::string_view character) {
+  const auto lead = static_cast<Byte>(character[0]);
+  if (character.size() == 1) return lead;
+  char32_t value = lead & (0xFFu >> (character.size() + 1));
+  for (const char c : character.substr(1)) value = value << 6 | (static_cast<Byte>(c) & 0x3F);
+  return value;
 }
 
 }  // namespace
+
+bool IsXmlText(std::string_view text) {
+  if (IsPlain(text)) return true;
+  while (!text.empty()) {
+    const std::size_t length = Utf8Length(text);
+    const std::string_view character = text.substr(0, length);
+    if (length == 0 || !(IsXmlCharacter(character) || IsRaw(character))) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
 
 std::string_view HostTextToXml(std::string_view text, std::string& room) {
   if (IsPlain(text)) return text;
   if (HostIsUtf8()) {
     room = Utf8ToXml(text);
-    return room;
+    return room == text ? text : room;
   }
   room = Utf8ToXml(HostTextToUtf8(text));
   if (XmlToHostText(room) != text) room = WithRawBytes(text);
@@ -141,18 +189,19 @@ std::string XmlToHostText(std::string_view xml) {
 std::string_view XmlToHostText(std::string_view xml, std::string& room) {
   if (IsPlain(xml)) return xml;
   room = XmlToHostText(xml);
-  return room;
+  return room == xml ? xml : room;
 }
 
 bool IsXmlName(std::string_view name) {
-  const auto isStart = [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
-           static_cast<Byte>(c) >= 0x80;
-  };
-  const auto isPart = [&](char c) {
-    return isStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-  };
-  return !name.empty() && isStart(name[0]) && std::all_of(name.begin(), name.end(), isPart);
+  for (bool first = true; !name.empty(); first = false) {
+    const std::size_t length = Utf8Length(name);
+    if (length == 0) return false;
+    const char32_t character = Decode(name.substr(0, length));
+    if (!IsIn(kNameStart, character) && (first || !IsIn(kNameMore, character))) return false;
+    name.remove_prefix(length);
+    if (name.empty()) return true;
+  }
+  return false;
 }
 
 }  // namespace vkcl

@@ -21,7 +21,10 @@ std::string XmlToHostText(std::string_view xml);
 /// The same, without a copy where nothing is to be changed; else the result lies in `room`.
 std::string_view XmlToHostText(std::string_view xml, std::string& room);
 
-/// Whether the text is a name that an element may have (XML 1.0, 2.3), as far as ASCII goes.
+/// Whether the text is UTF-8 and can stand in a document, to be read back as it is.
+bool IsXmlText(std::string_view text);
+
+/// Whether the UTF-8 text is a name that an element may have (XML 1.0, 2.3).
 bool IsXmlName(std::string_view name);
 
 }  // namespace vkcl

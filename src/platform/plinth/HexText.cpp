@@ -66,14 +66,23 @@ bool ReadPairs(const char* text, std::uint8_t* to, std::size_t count) {
   return all <= 0xFF;
 }
 
-// Reads what the text, or its first `count` pairs, holds; nothing when that is not all digits.
-std::optional<std::size_t> ReadDigits(std::string_view text, std::uint8_t* to, std::size_t count) {
+// Reads whole pairs, at most `count`, until one is none; the number of those read. What `to` holds
+// behind them is left alone.
+std::size_t ReadGood(std::string_view text, std::uint8_t* to, std::size_t count) {
+  constexpr std::size_t kBlock = 1024;
   const std::size_t pairs = std::min(count, text.size() / 2);
-  if (!ReadPairs(text.data(), to, pairs)) return std::nullopt;
-  const bool single = pairs < count && text.size() % 2 != 0;
-  if (single && DigitOf(static_cast<std::uint8_t>(text.back())) == kNone) return std::nullopt;
-  return pairs;
+  std::array<std::uint8_t, kBlock> block;
+  std::size_t done = 0;
+  while (done < pairs) {
+    const std::size_t now = std::min(kBlock, pairs - done);
+    if (!ReadPairs(text.data() + 2 * done, block.data(), now)) break;
+    std::memcpy(to + done, block.data(), now);
+    done += now;
+  }
+  return done;
 }
+
+bool IsDigit(char c) { return DigitOf(static_cast<std::uint8_t>(c)) != kNone; }
 
 }  // namespace
 
@@ -87,11 +96,17 @@ std::string HexText(const void* bytes, std::size_t count) {
 
 std::optional<std::size_t> ReadHex(std::string_view text, void* to, std::size_t count) {
   auto* bytes = static_cast<std::uint8_t*>(to);
-  if (const auto read = ReadDigits(text, bytes, count)) return read;
+  const std::size_t good = ReadGood(text, bytes, count);
+  if (good == count) return good;
+  // What is left holds white space, or what is no digit, or ends.
   std::string digits;
-  std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
-               [](char c) { return !IsSpace(c); });
-  return ReadDigits(digits, bytes, count);
+  for (const char c : text.substr(2 * good)) {
+    if (IsSpace(c)) continue;
+    if (!IsDigit(c)) return std::nullopt;
+    digits += c;
+    if (digits.size() == 2 * (count - good)) break;
+  }
+  return good + ReadGood(digits, bytes + good, count - good);
 }
 
 }  // namespace vkcl

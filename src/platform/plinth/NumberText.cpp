@@ -44,10 +44,22 @@ std::size_t NumberWord(std::string_view text, Number& number, Exponent exponent)
   return exponent == Exponent::Whole && StartsWith(text, "infi") ? 0 : 3;
 }
 
+bool IsHexDigit(char c) {
+  return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
+}
+
+// Whether digits stand behind "0x", before or behind a point.
+bool BeginsHex(std::string_view text) {
+  if (!text.empty() && text[0] == '.') text.remove_prefix(1);
+  return !text.empty() && IsHexDigit(text[0]);
+}
+
 // The digits of a number without its sign; their length, or 0.
 template <class Number>
 std::size_t Digits(std::string_view text, Number& number, Exponent exponent) {
-  const bool hex = text.size() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const bool prefix = text.size() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const bool hex = prefix && BeginsHex(text.substr(2));
+  if (prefix && !hex && exponent == Exponent::Whole) return 0;
   const char* first = text.data() + (hex ? 2 : 0);
   const char* last = text.data() + text.size();
   if (first != last && *first == '-') return 0;
@@ -132,8 +144,10 @@ bool NextInteger(std::string_view& text, std::int32_t& number) {
 
 std::int32_t IntegerOf(std::string_view text) {
   std::int64_t whole = 0;
-  if (!NextWhole(text, 10, whole)) return 0;
-  if (whole > INT32_MAX && whole <= UINT32_MAX) return static_cast<std::int32_t>(whole);
+  std::string_view rest = text;
+  if (!NextWhole(rest, 10, whole)) return 0;
+  const bool plus = SkipSpace(text).front() == '+';
+  if (!plus && whole > INT32_MAX && whole <= UINT32_MAX) return static_cast<std::int32_t>(whole);
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(whole, INT32_MIN, INT32_MAX));
 }
 
