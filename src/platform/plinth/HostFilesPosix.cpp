@@ -134,7 +134,7 @@ bool CopyPermissions(const char* from, const char* to) noexcept {
       ::stat(to, &now) == 0 && now.st_uid == status.st_uid && now.st_gid == status.st_gid;
   const bool owned = same || ::chown(to, status.st_uid, status.st_gid) == 0;
   const mode_t mode = status.st_mode & (owned ? 07777u : 0777u);
-  return ::chmod(to, mode) == 0;
+  return (now.st_mode & 07777u) == mode || ::chmod(to, mode) == 0;
 }
 
 std::string ExecutablePath() {

@@ -5,6 +5,7 @@
 namespace vkcl {
 
 bool ReplaceFile(const AFilePath& path, const std::function<bool(AFile& file)>& write) {
+  SiblingFile::RemoveLeftovers(path);
   SiblingFile sibling(path);
   return sibling.exists() && write(sibling.file()) && sibling.takePlace();
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace vkcl {
@@ -13,8 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kPrefix = ".vkcl-";
-constexpr const char* kSuffix = ".new";
+// The name of a new file: prefix, 16 hexadecimal digits, a hyphen, a decimal number, suffix.
+constexpr std::string_view kPrefix = ".vkcl-";
+constexpr std::string_view kSuffix = ".new";
+constexpr std::string_view kDigits = "0123456789abcdef";
+constexpr std::size_t kHash = 16;
 constexpr int kTries = 3;
 constexpr int kMostLinks = 40;  // as many as the systems follow
 
@@ -56,14 +60,22 @@ AFilePath Beside(const AFilePath& path) {
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
   const std::uint64_t mixed = std::hash<std::thread::id>()(std::this_thread::get_id()) ^
                               static_cast<std::uint64_t>(now) * 0x9E3779B97F4A7C15u;
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string name = kPrefix;
+  std::string name(kPrefix);
   for (int shift = 60; shift >= 0; shift -= 4) name += kDigits[mixed >> shift & 15];
-  name += '-' + std::to_string(counter++) + kSuffix;
+  name += '-' + std::to_string(counter++) + std::string(kSuffix);
   AFilePath beside = path;
   beside.removeLastComponent();
   beside.appendComponent(name);
   return beside;
+}
+
+bool IsOurs(std::string_view name) {
+  if (!name.starts_with(kPrefix) || !name.ends_with(kSuffix)) return false;
+  name.remove_prefix(kPrefix.size());
+  if (name.size() <= kHash + 1 + kSuffix.size() || name[kHash] != '-') return false;
+  const std::string_view number = name.substr(kHash + 1, name.size() - kHash - 1 - kSuffix.size());
+  return name.substr(0, kHash).find_first_not_of(kDigits) == std::string_view::npos &&
+         number.find_first_not_of(kDigits.substr(0, 10)) == std::string_view::npos;
 }
 
 }  // namespace
@@ -74,37 +86,43 @@ SiblingFile::SiblingFile(const AFilePath& place) : place_(BehindLinks(place)) {
   taken_ = found == Place::Taken;
   exists_ = Create();
   // Before anything is in it: nobody is to read what he could not read in the old file.
-  if (!exists_ || !taken_ || host::CopyPermissions(place_.c_str(), path_.c_str())) return;
+  if (exists_ && taken_ && !host::CopyPermissions(place_.c_str(), path_.c_str())) Drop();
+}
+
+// Somebody who clears leftovers may take the new file for one before it is locked: then he has the
+// lock, or it has no name any more, and another one is made. Where the file system has no locks
+// nobody clears any, and the last one is kept without.
+bool SiblingFile::Create() {
+  for (int i = 1; i <= kTries; ++i) {
+    path_ = Beside(place_);
+    if (!lock_.open(path_, AFile::ReadWrite | AFile::New)) return false;
+    const bool locked = lock_.tryLock() || i == kTries;
+    if (locked && lock_.hasName() && file_.open(path_, AFile::ReadWrite)) return true;
+    path_.remove();
+  }
+  Drop();
+  return false;
+}
+
+void SiblingFile::Drop() {
   file_.close();
+  lock_.close();
   path_.remove();
   exists_ = false;
 }
 
-// Somebody who clears leftovers may take the new file for one before it is locked; then it has no
-// name any more, and another one is made. On a file system without locks nobody clears any.
-bool SiblingFile::Create() {
-  for (int i = 0; i < kTries; ++i) {
-    path_ = Beside(place_);
-    if (!file_.open(path_, AFile::ReadWrite | AFile::New)) return false;
-    file_.tryLock();
-    if (file_.hasName()) return true;
-  }
-  file_.close();
-  return false;
-}
-
 SiblingFile::~SiblingFile() {
-  if (!exists_) return;
-  file_.close();
-  path_.remove();
+  if (exists_) Drop();
 }
 
 bool SiblingFile::takePlace() {
   if (!file_.isOpen() && !file_.open(path_, AFile::ReadWrite)) return false;
   bool done = file_.sync();
   done = file_.close() && done;
+  // The lock is held until the new file has its place.
   if (!done || !host::Rename(path_.c_str(), place_.c_str())) return false;
   exists_ = false;
+  lock_.close();
   host::SyncFolder(FolderOf(place_).c_str());
   return true;
 }
@@ -115,7 +133,7 @@ int SiblingFile::RemoveLeftovers(const AFilePath& place) {
   fs::directory_iterator entry(host::SystemPath(FolderOf(BehindLinks(place)).str()), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     const std::string name = host::NarrowPath(entry->path().filename());
-    if (!name.starts_with(kPrefix) || !name.ends_with(kSuffix)) continue;
+    if (!IsOurs(name)) continue;
     std::error_code unknown;
     if (!fs::is_regular_file(entry->symlink_status(unknown))) continue;
     const AFilePath path(host::NarrowPath(entry->path()));
