@@ -73,7 +73,14 @@ void ReadLine(std::string_view line, ColorDefinitions& definitions) {
   definitions.secondDecimal.push_back(secondDecimal);
 }
 
-ColorDefinitions ReadDefinitions() {
+const AStringArray kStandardNames = {"Gray",   "Black",   "Cyan",      "Magenta", "Yellow",
+                                     "Red",    "Green",   "Blue",      "LCyan",   "LMagenta",
+                                     "Orange", "MCyan",   "MMagenta",  "LBlack",  "White",
+                                     "MBlack", "LYellow", "Luminance", "A*",      "B*"};
+
+}  // namespace
+
+ColorDefinitions vkcl::ReadColorDefinitions() {
   ColorDefinitions definitions;
   const std::string text = ReadLines(HostPlace());
   std::string_view rest = text;
@@ -87,14 +94,12 @@ ColorDefinitions ReadDefinitions() {
   return definitions;
 }
 
-}  // namespace
-
 std::string ColorDefinitionsPath(const std::string& executablePath, char separator) {
-  return BaseFolder(executablePath, separator) + kPlace;
+  return vkcl::Guarded([&] { return BaseFolder(executablePath, separator) + kPlace; });
 }
 
 void LoadColorDefinitions(ColorDefinitions& definitions) {
-  definitions = vkcl::Guarded(ReadDefinitions);
+  definitions = vkcl::Guarded(vkcl::ReadColorDefinitions);
 }
 
 AString GetColorNameByIndex(int index) {
@@ -112,10 +117,4 @@ AString GetColorNameByIndex(int index) {
   });
 }
 
-const AStringArray& StandardColorNames() {
-  static const AStringArray names = {"Gray",   "Black",   "Cyan",      "Magenta", "Yellow",
-                                     "Red",    "Green",   "Blue",      "LCyan",   "LMagenta",
-                                     "Orange", "MCyan",   "MMagenta",  "LBlack",  "White",
-                                     "MBlack", "LYellow", "Luminance", "A*",      "B*"};
-  return names;
-}
+const AStringArray& StandardColorNames() { return kStandardNames; }

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "colornames/ColorDefinitions.h"
 #include "colornames/Colorants.h"
@@ -161,25 +162,24 @@ int Recognize(const AStringArray& names, AStringArray& orderedNames) {
   return 0;
 }
 
-bool AppendDark(int mode, AStringArray& names) {
+void AppendDark(int mode, AStringArray& names) {
   if (mode < 0) {
     const auto flags = static_cast<std::uint32_t>(mode);
     static vkcl::LazyDefinitions lazy;
     AppendBuiltIn(flags, true, names);
     AppendExtra(flags, lazy.Get(), names);
-    return !names.empty();
+    return;
   }
   for (const DarkNames& other : kOtherDarkNames) {
     if (other.mode != mode) continue;
     for (const char* name : other.names) names.append(name);
-    return true;
+    return;
   }
   const InkSet* set = vkcl::FindInkSet(mode);
-  if (set == nullptr) return false;
+  if (set == nullptr) return;
   for (const Colorant colorant : set->inks()) {
     if (RowOf(colorant).kind == InkKind::Dark) names.append(RowOf(colorant).name);
   }
-  return true;
 }
 
 }  // namespace
@@ -188,7 +188,7 @@ int GetColorModeByNames(const AStringArray& names, AStringArray& orderedNames) {
   const int mode = vkcl::Guarded([&] {
     AStringArray ordered;  // the caller's list of names may be the one that is filled
     const int recognized = Recognize(names, ordered);
-    orderedNames = ordered;
+    orderedNames = std::move(ordered);
     return recognized;
   });
   if (mode == 0) orderedNames.removeAll();
@@ -207,16 +207,18 @@ int GetColorModeFromNames(const char** names, int count) {
 
 void GetStandardColorNamesByColorMode(int mode, AStringArray& names) {
   names.removeAll();
-  vkcl::Guarded([&] {
-    if (const InkSet* set = vkcl::FindInkSet(mode)) AppendSet(*set, names);
-    if (mode >= 0) return true;
+  AStringArray all = vkcl::Guarded([&] {
+    AStringArray found;
+    if (const InkSet* set = vkcl::FindInkSet(mode)) AppendSet(*set, found);
+    if (mode >= 0) return found;
     static vkcl::LazyDefinitions lazy;
     const auto flags = static_cast<std::uint32_t>(mode);
-    AppendBuiltIn(flags, true, names);
-    AppendExtra(flags, lazy.Get(), names);
-    AppendBuiltIn(flags, false, names);
-    return true;
+    AppendBuiltIn(flags, true, found);
+    AppendExtra(flags, lazy.Get(), found);
+    AppendBuiltIn(flags, false, found);
+    return found;
   });
+  names = std::move(all);
 }
 
 int GetNumberOfChannels(int mode) {
@@ -248,7 +250,13 @@ int GetNumberOfDarkChannels(int mode) {
 
 bool GetDarkNames(const int& mode, AStringArray& names) {
   names.removeAll();
-  return vkcl::Guarded([&] { return AppendDark(mode, names); });
+  AStringArray dark = vkcl::Guarded([&] {
+    AStringArray found;
+    AppendDark(mode, found);
+    return found;
+  });
+  names = std::move(dark);
+  return !names.empty();
 }
 
 unsigned int GetColorSpaceFromNumberOfColors(unsigned int numberOfColors, int cmy) {

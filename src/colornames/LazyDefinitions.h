@@ -9,6 +9,10 @@
 
 namespace vkcl {
 
+/// The definitions of the running program, as LoadColorDefinitions gives them. Throws when memory
+/// is short.
+ColorDefinitions ReadColorDefinitions();
+
 /// One table of extra colorants. It is read from the file at each use until the file gives at least
 /// one entry, and never again then. Safe when used from many threads at once.
 class LazyDefinitions {
@@ -17,8 +21,7 @@ class LazyDefinitions {
     if (filled_.load(std::memory_order_acquire)) return definitions_;
     const std::lock_guard lock(mutex_);
     if (!filled_.load(std::memory_order_relaxed)) {
-      ColorDefinitions loaded;
-      LoadColorDefinitions(loaded);
+      ColorDefinitions loaded = ReadColorDefinitions();
       if (loaded.names.empty()) return kNone;
       definitions_ = std::move(loaded);
       filled_.store(true, std::memory_order_release);

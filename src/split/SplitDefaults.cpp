@@ -150,19 +150,24 @@ bool Divide(const double* values, int channel, double own, float& ratio) {
   return std::isfinite(ratio) && ratio > 0.0f;
 }
 
-Strengths StrengthsOf(int colorMode, std::int32_t colorant, const double* values) {
-  if (values == nullptr) return {};
-  Strengths strengths = {true, 1.0f, 1.0f};
-  if (colorant < 0) return strengths;  // it has no lighter inks
-  if (colorant >= GetNumberOfChannels(colorMode)) return {};
+// False when the channels could not be told, for want of memory.
+bool FindStrengths(int colorMode, std::int32_t colorant, const double* values,
+                   Strengths& strengths) {
+  strengths = {};
+  if (values == nullptr || colorant >= GetNumberOfChannels(colorMode)) return true;
+  strengths = {true, 1.0f, 1.0f};
+  if (colorant < 0) return true;  // it has no lighter inks
   int light = -1;
   int medium = -1;
-  ColorUtils::ColorInfo::GetLightMediumIndex(colorMode, colorant, light, medium);
+  if (ColorUtils::ColorInfo::GetLightMediumIndex(colorMode, colorant, light, medium) == 0) {
+    return false;
+  }
   const double own = values[colorant];
   const bool usable = std::isfinite(own) && own != 0.0 &&
                       Divide(values, light, own, strengths.light) &&
                       Divide(values, medium, own, strengths.medium);
-  return usable ? strengths : Strengths();
+  if (!usable) strengths = {};
+  return true;
 }
 
 // Input at which the first lighter ink peaks.
@@ -202,13 +207,38 @@ void FillThree(SplitTypeV4& record, const Strengths& strengths) {
            Curve4{{{m, 0.0f, kShape}, {e, darkAmount, kShape}, {1.0f, 1.0f, 0.0f}}});
 }
 
-template <class Record, class Filler>
-void FillAll(SplitTypeBase* records, std::span<const Entry> plan, Filler fill) {
-  auto* record = static_cast<Record*>(records);
-  for (const Entry& entry : plan) {
-    record->colorantIndex = entry.colorant;
-    fill(*record++, entry);
+void Fill(SplitTypeV4& record, Kind kind, const Strengths& strengths) {
+  if (kind == LightMediumDark) {
+    FillThree(record, strengths);
+  } else {
+    FillTwo(record, kind, strengths);
   }
+}
+
+// Calls `fill` for each record and its entry until it says no.
+template <class Record, class Filler>
+bool FillAll(SplitTypeBase* records, std::span<const Entry> plan, Filler fill) {
+  auto* record = static_cast<Record*>(records);
+  return std::all_of(plan.begin(), plan.end(), [&](const Entry& entry) {
+    record->colorantIndex = entry.colorant;
+    return fill(*record++, entry);
+  });
+}
+
+bool FillRecords(SplitTypeBase* records, long version, std::span<const Entry> plan, int colorMode,
+                 const double* values) {
+  const auto byKind = [](auto& record, const Entry& entry) {
+    Fill(record, entry.kind);
+    return true;
+  };
+  if (version == 2) return FillAll<SplitTypeV2>(records, plan, byKind);
+  if (version == 3) return FillAll<SplitTypeV3>(records, plan, byKind);
+  return FillAll<SplitTypeV4>(records, plan, [&](SplitTypeV4& record, const Entry& entry) {
+    Strengths strengths;
+    if (!FindStrengths(colorMode, entry.colorant, values, strengths)) return false;
+    Fill(record, entry.kind, strengths);
+    return true;
+  });
 }
 
 }  // namespace
@@ -216,29 +246,16 @@ void FillAll(SplitTypeBase* records, std::span<const Entry> plan, Filler fill) {
 int SplitParam::SetDefaultValues(int colorMode, double* values) {
   const Plan plan = PlanOf(colorMode);
   const std::span<const Entry> entries(plan.entries.data(), static_cast<std::size_t>(plan.count));
-  SplitTypeBase* records = NewRecords(version, plan.count);
   const bool known = RecordSize(version) != 0;
-  if (known && records == nullptr) return 0;  // memory is short; nothing has changed
+  SplitTypeBase* records = NewRecords(version, plan.count);
+  if (known && (records == nullptr || !FillRecords(records, version, entries, colorMode, values))) {
+    DeleteRecords(version, records);
+    return 0;  // memory is short; nothing has changed
+  }
   DeleteRecords(version, splits);
   splits = records;
   count = plan.count;
   if (!known) return 0;
   size = static_cast<std::int32_t>(20 + static_cast<std::size_t>(count) * RecordSize(version));
-  if (version == 2) {
-    FillAll<SplitTypeV2>(records, entries,
-                         [](SplitTypeV2& record, const Entry& e) { Fill(record, e.kind); });
-  } else if (version == 3) {
-    FillAll<SplitTypeV3>(records, entries,
-                         [](SplitTypeV3& record, const Entry& e) { Fill(record, e.kind); });
-  } else {
-    FillAll<SplitTypeV4>(records, entries, [&](SplitTypeV4& record, const Entry& e) {
-      const Strengths strengths = StrengthsOf(colorMode, e.colorant, values);
-      if (e.kind == LightMediumDark) {
-        FillThree(record, strengths);
-      } else {
-        FillTwo(record, e.kind, strengths);
-      }
-    });
-  }
   return 1;
 }

@@ -40,7 +40,8 @@ bool SetInteger(AXMLTreeNode& node, const char* name, std::int32_t value) {
 }
 
 std::int32_t GetInteger(const AXMLTreeNode& node, const char* name) {
-  return vkcl::IntegerOf(node.GetAttribute(name).str());
+  std::string room;
+  return vkcl::IntegerOf(node.ViewAttribute(name, room));
 }
 
 std::string CurveText(const SplitDotInfo2* points, std::int32_t count) {
@@ -91,8 +92,8 @@ int Load(SplitTypeV4& record, AXMLTree& tree, AXMLTreeNode& node) {
   for (const Curve& curve : kCurves) {
     auto& points = record.*curve.points;
     std::fill(std::begin(points), std::end(points), SplitDotInfo2());
-    const AString text = node.GetChild(curve.name).GetValue();
-    record.*curve.count = ReadCurve(text.str(), points);
+    std::string room;
+    record.*curve.count = ReadCurve(node.GetChild(curve.name).ViewValue(room), points);
   }
   return record.SplitTypeBase::Serialize(tree, node, 1);
 }
@@ -111,15 +112,16 @@ int SerializeRecord(const SplitParam& set, std::int32_t i, AXMLTree& tree, AXMLT
 }
 
 int Save(const SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
+  if (set.count > kMostRecords) return 0;  // it could not be loaded again
   if (!SetInteger(node, kVersion, set.version) || !SetInteger(node, kCount, set.count)) return 0;
+  const bool known = SplitParam::RecordSize(set.version) != 0;
   AXMLTreeNode list = node.AddChild(kList, "");
-  if (!list || SplitParam::RecordSize(set.version) == 0) return 0;
-  if (set.count > 0 && set.splits == nullptr) return 0;
+  if (!list || (known && set.count > 0 && set.splits == nullptr)) return 0;
   for (std::int32_t i = 0; i < set.count; ++i) {
     AXMLTreeNode item = list.AddChild(kItem, "");
-    if (!item || SerializeRecord(set, i, tree, item, 0) == 0) return 0;
+    if (!item || !known || SerializeRecord(set, i, tree, item, 0) == 0) return 0;
   }
-  return 1;
+  return known ? 1 : 0;
 }
 
 int Load(SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
@@ -133,9 +135,9 @@ int Load(SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
   if (set.splits == nullptr) return 0;
   set.size = static_cast<std::int32_t>(20 + static_cast<std::size_t>(set.count) *
                                                 SplitParam::RecordSize(set.version));
-  for (std::int32_t i = 0; i < set.count; ++i) {
-    AXMLTreeNode item = list.GetChild(i);
-    if (item) SerializeRecord(set, i, tree, item, 1);
+  AXMLTreeNode item = list.GetChild(0);
+  for (std::int32_t i = 0; i < set.count && item; ++i, item = item.GetNext()) {
+    if (SerializeRecord(set, i, tree, item, 1) == 0) return 0;
   }
   return 1;
 }

@@ -47,10 +47,11 @@ bool ReadNumbers(const AXMLTreeNode& parent, double* values, int count) {
   const AXMLTreeNode child = parent.GetChild(element::kDataList);
   if (!child) return false;
   if (values == nullptr || count <= 0) return true;
-  const AString text = child.GetValue();
+  std::string room;
+  const std::string_view text = child.ViewValue(room);
   const std::size_t wanted = static_cast<std::size_t>(count) * sizeof(double);
-  std::vector<char> bytes(std::min(wanted, text.length() / 2 + 1));
-  const auto read = vkcl::ReadHex(text.str(), bytes.data(), bytes.size());
+  std::vector<char> bytes(std::min(wanted, text.size() / 2 + 1));
+  const auto read = vkcl::ReadHex(text, bytes.data(), bytes.size());
   if (!read) return false;
   std::memcpy(values, bytes.data(), *read);
   return true;
@@ -99,6 +100,24 @@ void SplitLimits(std::string_view text, std::int32_t count, double* limits, std:
     store(channel, text.substr(separator + 1));
     text = text.substr(0, separator);
   }
+}
+
+bool ReadSpot(const AXMLTreeNode& parent, VKSpotSingleInkLimit& limits) {
+  if (!element::ReadInteger(parent, kChannels, limits.count)) return false;
+  const AXMLTreeNode name = parent.GetChild(kSpotName);
+  if (!name || limits.count > kMostSpotLimits) return false;
+  std::string room;
+  // The tab is what readers of spot names expect.
+  limits.name = vkcl::OwnedText(name.ViewValue(room), "\t").release();
+  const AXMLTreeNode values = parent.GetChild(kValues);
+  if (!values) return false;
+  const std::int32_t count = std::max(limits.count, 0);
+  std::unique_ptr<double[]> fresh(new double[static_cast<std::size_t>(count)]());
+  SplitLimits(values.ViewValue(room), count, fresh.get(), count);
+  limits.limits = fresh.release();
+  limits.size = static_cast<std::int32_t>(12 + std::strlen(limits.name) +
+                                          static_cast<std::size_t>(count) * sizeof(double));
+  return true;
 }
 
 }  // namespace
@@ -171,9 +190,9 @@ int VSDProfileHandler::ReadVKSingleInkLimits(VKSingleInkLimitWithLinRef& limits)
     if (!element::ReadInteger(parent, kChannels, limits.count)) return 0;
     const AXMLTreeNode values = parent.GetChild(kValues);
     if (!values) return 0;
-    const AString text = values.GetValue();
+    std::string room;
     Slots slots = GetSlots(limits);
-    SplitLimits(text.str(), limits.count, slots.data(), kSlots);
+    SplitLimits(values.ViewValue(room), limits.count, slots.data(), kSlots);
     SetSlots(limits, slots);
     return 1;
   });
@@ -192,20 +211,10 @@ int VSDProfileHandler::WriteVKSpotSIL(const VKSpotSingleInkLimit& limits) {
 }
 
 int VSDProfileHandler::ReadVKSpotSIL(VKSpotSingleInkLimit& limits) {
-  return vkcl::Guarded([&] {
-    const AXMLTreeNode parent = Root().GetChild(kSpotLimits);
-    if (!element::ReadInteger(parent, kChannels, limits.count)) return 0;
-    const AXMLTreeNode name = parent.GetChild(kSpotName);
-    if (!name || limits.count > kMostSpotLimits) return 0;
-    limits.name = vkcl::OwnedText(name.GetValue().str(), "\t").release();
-    const AXMLTreeNode values = parent.GetChild(kValues);
-    if (!values) return 0;
-    const std::int32_t count = std::max(limits.count, 0);
-    limits.limits = new double[static_cast<std::size_t>(count)]();
-    const AString text = values.GetValue();
-    SplitLimits(text.str(), count, limits.limits, count);
-    limits.size = static_cast<std::int32_t>(12 + std::strlen(limits.name) +
-                                            static_cast<std::size_t>(count) * sizeof(double));
-    return 1;
-  });
+  const std::int32_t before = limits.count;
+  const bool read = vkcl::Guarded([&] { return ReadSpot(Root().GetChild(kSpotLimits), limits); });
+  // An array of fewer limits than are counted now would be read past its end. It is not released:
+  // it is its owner's.
+  if (!read && limits.count > before) limits.limits = nullptr;
+  return read ? 1 : 0;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "platform/axml/AXMLTree.h"
 #include "platform/plinth/NumberText.h"
@@ -13,7 +14,8 @@ namespace vkcl::vsd {
 inline bool ReadInteger(const AXMLTreeNode& parent, const char* name, std::int32_t& value) {
   const AXMLTreeNode child = parent.GetChild(name);
   if (!child) return false;
-  value = IntegerOf(child.GetValue().str());
+  std::string room;
+  value = IntegerOf(child.ViewValue(room));
   return true;
 }
 

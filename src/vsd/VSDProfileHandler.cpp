@@ -119,10 +119,11 @@ bool IsMeasured(const AXMLTreeNode& list) {
 }  // namespace
 
 VSDProfileHandler::VSDProfileHandler(const AFilePath& path, int openExisting)
-    : path_(path), openExisting_(openExisting) {
+    : openExisting_(openExisting) {
   vkcl::Guarded([&] {
+    path_ = std::make_shared<const AFilePath>(path);
     tree_ = std::make_shared<AXMLTree>(openExisting != 0 ? kProvisionalRoot : element::kRoot);
-    valid_ = openExisting != 0 ? tree_->LoadFromFile(path_, 1) : 1;
+    valid_ = openExisting != 0 ? tree_->LoadFromFile(path, 1) : 1;
     if (Root().GetName() != AString(element::kRoot)) valid_ = 0;
     return true;
   });
@@ -135,7 +136,7 @@ int VSDProfileHandler::IsValid() const { return valid_; }
 int VSDProfileHandler::SaveToFile() {
   if (valid_ == 0 || modified_ == 0) return 1;
   modified_ = 0;
-  return tree_ != nullptr ? tree_->SaveToFile(path_) : 0;
+  return tree_ != nullptr ? tree_->SaveToFile(*path_) : 0;
 }
 
 AXMLTreeNode VSDProfileHandler::Root() const {
@@ -162,8 +163,8 @@ int VSDProfileHandler::ReadVKColorParam(VKColorParam& param) {
     for (const Field& field : kFields) {
       const AXMLTreeNode child = parent.GetChild(field.name);
       if (!child) return 0;
-      const AString text = child.GetValue();
-      if (!std::visit(StoreField{param, text.str()}, field.member)) return 0;
+      std::string room;
+      if (!std::visit(StoreField{param, child.ViewValue(room)}, field.member)) return 0;
     }
     return 1;
   });

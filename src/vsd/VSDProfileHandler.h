@@ -16,7 +16,8 @@
 #include "privatetags/ProfileDataList.h"
 
 /// One VSD document. Operations return 1, or 0 when they failed. Data that are not as they should
-/// be (a missing element, digits that are none) fail to be read; nothing is guessed.
+/// be (a missing element, bytes that are no digits) fail to be read; a number reads as far as it is
+/// one, and text without one as 0.
 ///
 /// Writing adds elements and never replaces any, deliberately: a document keeps its history.
 /// Reading takes the first of each name, so what was written first. What a write that failed had
@@ -93,8 +94,8 @@ class VKCL_API VSDProfileHandler {
   int ReadLargeDotScale(double* scale, int room, int& count);
 
   /// Ink limits in percent, with two decimals; a text of at most 255 characters, so that of more
-  /// than 36 limits of spot colours only the first ones are stored. A count below 0 or above the 16
-  /// of the record is refused.
+  /// than 36 limits of spot colours only the first ones are stored, which are read back as the
+  /// last. A count below 0 or above the 16 of the record is refused.
   ///
   /// Reading aligns the values with the last channel: of fewer values than channels the first
   /// channels keep their limits, and of more the first values are dropped.
@@ -103,7 +104,9 @@ class VKCL_API VSDProfileHandler {
 
   /// The limits of a spot colour. Reading gives the record a new name, with a tab behind it that
   /// its readers expect, a new array of limits, and the size that goes with them. What the record
-  /// held before is not released: it may be shared with copies, and is its owner's.
+  /// held before is not released: it may be shared with copies, and is its owner's. A read that
+  /// fails has stored the count, and possibly the name; limits that are fewer than that count are
+  /// then let go.
   int WriteVKSpotSIL(const VKSpotSingleInkLimit& limits);
   int ReadVKSpotSIL(VKSpotSingleInkLimit& limits);
 
@@ -118,7 +121,7 @@ class VKCL_API VSDProfileHandler {
   int WriteVerify(const char* container, const ProfileDataList& list);
   int ReadVerify(const char* container, ProfileDataList& list);
 
-  AFilePath path_;
+  std::shared_ptr<const AFilePath> path_;  // shared, so that copying cannot fail
   int openExisting_ = 0;
   std::shared_ptr<AXMLTree> tree_;
   int valid_ = 0;
