@@ -5,7 +5,9 @@
 #define NOMINMAX
 #include <windows.h>
 #else
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -15,8 +17,13 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -252,6 +259,11 @@ std::string ExecutablePath() {
   testing::Record(CallKind::Program);
   const std::lock_guard lock(testing::executable_mutex);
   return testing::executable ? *testing::executable : plain_host::ExecutablePath();
+}
+
+std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) {
+  testing::Record(CallKind::Look);
+  return plain_host::FilesIn(folder, prefix);
 }
 
 std::string LongPath(const std::string& path) { return plain_host::LongPath(path); }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace vkcl::host {
 
@@ -71,6 +72,10 @@ void SyncFolder(const char* path) noexcept;
 bool CopyPermissions(const char* from, const char* to) noexcept;
 bool Exists(const char* path) noexcept;
 bool IsDirectory(const char* path) noexcept;
+
+/// Names of the regular files in a folder that begin with `prefix`; none of a folder that cannot be
+/// read. Throws when memory is short.
+std::vector<std::string> FilesIn(const char* folder, const std::string& prefix);
 
 /// Path of the program's own executable file; empty when the system does not tell it.
 std::string ExecutablePath();

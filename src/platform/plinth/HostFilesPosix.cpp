@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -8,6 +9,8 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstring>
+#include <memory>
 
 #include "platform/plinth/HostFiles.h"
 
@@ -135,6 +138,27 @@ bool CopyPermissions(const char* from, const char* to) noexcept {
   const bool owned = same || ::chown(to, status.st_uid, status.st_gid) == 0;
   const mode_t mode = status.st_mode & (owned ? 07777u : 0777u);
   return (now.st_mode & 07777u) == mode || ::chmod(to, mode) == 0;
+}
+
+std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) {
+  // The standard library's own iterator ends the program when memory is short.
+  struct Close {
+    void operator()(DIR* open) const { ::closedir(open); }
+  };
+  const std::unique_ptr<DIR, Close> open(::opendir(folder));
+  std::vector<std::string> names;
+  if (open == nullptr) return names;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): it is safe for a stream that no other thread reads
+  while (const dirent* entry = ::readdir(open.get())) {
+    struct stat status = {};
+    const bool named = std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) == 0;
+    if (!named ||
+        ::fstatat(::dirfd(open.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+      continue;
+    }
+    if (S_ISREG(status.st_mode)) names.emplace_back(entry->d_name);
+  }
+  return names;
 }
 
 std::string ExecutablePath() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <memory>
 
 #include "platform/plinth/HostFiles.h"
 
@@ -157,6 +158,25 @@ void SyncFolder(const char*) noexcept {}  // the move above is written through
 
 bool CopyPermissions(const char*, const char*) noexcept {
   return true;  // a file takes its permissions from its folder
+}
+
+std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) {
+  struct Close {
+    void operator()(void* search) const { ::FindClose(search); }
+  };
+  std::vector<std::string> names;
+  WIN32_FIND_DATAW found = {};
+  const std::wstring pattern = Wide((std::string(folder) + "\\" + prefix + "*").c_str());
+  HANDLE first = ::FindFirstFileW(pattern.c_str(), &found);
+  if (first == INVALID_HANDLE_VALUE) return names;
+  const std::unique_ptr<void, Close> search(first);
+  do {
+    constexpr DWORD kOthers = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    if ((found.dwFileAttributes & kOthers) == 0) {
+      names.push_back(NarrowPath(std::filesystem::path(found.cFileName)));
+    }
+  } while (::FindNextFileW(search.get(), &found));
+  return names;
 }
 
 std::string ExecutablePath() {

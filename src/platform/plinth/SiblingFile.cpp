@@ -128,15 +128,12 @@ bool SiblingFile::takePlace() {
 }
 
 int SiblingFile::RemoveLeftovers(const AFilePath& place) {
+  const AFilePath folder = FolderOf(BehindLinks(place));
   int removed = 0;
-  std::error_code error;
-  fs::directory_iterator entry(host::SystemPath(FolderOf(BehindLinks(place)).str()), error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    const std::string name = host::NarrowPath(entry->path().filename());
+  for (const std::string& name : host::FilesIn(folder.c_str(), std::string(kPrefix))) {
     if (!IsOurs(name)) continue;
-    std::error_code unknown;
-    if (!fs::is_regular_file(entry->symlink_status(unknown))) continue;
-    const AFilePath path(host::NarrowPath(entry->path()));
+    AFilePath path = folder;
+    path.appendComponent(name);
     AFile file;
     if (file.open(path, AFile::ReadWrite) && file.tryLock() && path.remove()) ++removed;
   }
