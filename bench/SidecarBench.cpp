@@ -26,9 +26,8 @@ class Folder {
  public:
   Folder() {
     const std::filesystem::path memory = "/dev/shm";
-    const auto base = std::filesystem::is_directory(memory)
-                          ? memory
-                          : std::filesystem::temp_directory_path();
+    const auto base =
+        std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
     path_ = base / ("vkcl-bench-" + std::to_string(::getpid()));
     std::filesystem::create_directories(path_);
   }
