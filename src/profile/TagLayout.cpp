@@ -8,7 +8,6 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/WholeFile.h"
-#include "platform/plinth/FileRewrite.h"
 #include "profile/TableLayout.h"
 
 namespace vkcl {
@@ -89,19 +88,19 @@ bool TagDataSuitAppending(const VKCLProfile& profile) {
                            PaddedEndOf(table.back()) == profile.header.size);
 }
 
-bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {
-  if (profile.isValidICC() == 0 || profile.tagTable == nullptr || to.exists()) return false;
+bool WriteArranged(const VKCLProfile& profile, AFile& to) {
+  if (profile.isValidICC() == 0 || profile.tagTable == nullptr) return false;
   return Guarded([&] {
     const FileContent source = ReadWholeFile(profile.filePath);
     if (!source.bytes) return false;
     std::vector<icTag> table(profile.tagTable, profile.tagTable + profile.tagCount);
-    std::vector<FilePiece> pieces(1);  // the head, when it is known
+    std::vector<host::Slice> slices(1);  // the head, when it is known
     std::uint64_t position = RegionStart(table);
     const char zeros[4] = {};
     for (icTag& tag : table) {
       if (EndOf(tag) > source.size || position > UINT32_MAX) return false;
-      pieces.push_back({position, tag.size, source.bytes.get() + tag.offset, 0});
-      pieces.push_back({position + tag.size, PadTo4(tag.size) - tag.size, zeros, 0});
+      slices.push_back({source.bytes.get() + tag.offset, tag.size});
+      slices.push_back({zeros, static_cast<std::size_t>(PadTo4(tag.size) - tag.size)});
       tag.offset = static_cast<std::uint32_t>(position);
       position += PadTo4(tag.size);
     }
@@ -111,10 +110,19 @@ bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {
     icHeader header = profile.header;
     header.size = static_cast<std::uint32_t>(position);
     const std::vector<char> head = VKCLProfile::BuildHead(header, table);
-    pieces.front() = {0, head.size(), head.data(), 0};
-    std::uint64_t length = 0;
-    return RewriteFile(to, pieces, FileEnd::Cut, FileOrigin::New, length);
+    slices.front() = {head.data(), head.size()};
+    return to.writeAt(0, slices) == position;
   });
+}
+
+bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to) {
+  AFile file;
+  if (profile.isValidICC() == 0 || to.exists()) return false;
+  if (!file.open(to, AFile::Write | AFile::New)) return false;
+  const bool written = WriteArranged(profile, file);
+  if (file.close() && written) return true;
+  to.remove();
+  return false;
 }
 
 }  // namespace vkcl

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/Export.h"
+#include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 #include "profile/VKCLProfile.h"
 
@@ -29,5 +30,7 @@ VKCL_API bool TagDataSuitAppending(const VKCLProfile& profile);
 /// 2^32 - 1 bytes or 16 times the file, `to` exists, or the file cannot be written; then there is
 /// no file at `to` that was not there before.
 VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
+/// The same into an open, empty file, which may be left half written on failure.
+VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
 
 }  // namespace vkcl

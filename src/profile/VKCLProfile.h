@@ -29,12 +29,13 @@ enum VKCLProfileFinishedState : std::int32_t {
   FinishedProfile = 7,
 };
 
+class AFile;
 class VKCLProfile;
 
 namespace vkcl {
 struct FilePiece;
 struct ProfilePeer;
-VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
+VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
 }  // namespace vkcl
 
 class VKCL_API VKCLProfile {
@@ -127,7 +128,7 @@ class VKCL_API VKCLProfile {
 
  private:
   friend struct vkcl::ProfilePeer;
-  friend bool vkcl::ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
+  friend bool vkcl::WriteArranged(const VKCLProfile& profile, AFile& to);
 
   void Load();
   static void ReverseICCHeader(icHeader* h);

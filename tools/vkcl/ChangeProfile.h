@@ -12,10 +12,17 @@ namespace vkcl::tool {
 using Operation = std::function<Result(VKCLProfileHandler& handler)>;
 using LayoutTest = std::function<bool(const VKCLProfile& profile)>;
 
-/// Runs `operation` on the profile at `path`, which is valid when opened with `channels`. Where
-/// `suits` says that the store would damage a tag, the operation works on a copy in table order
-/// beside the file, which takes the file's place when it has succeeded.
+/// How the verbs that write into a profile do it.
+struct ChangeOptions {
+  bool inPlace = false;    ///< write into the file where it lies
+  bool dryRun = false;     ///< only tell what would be done
+  bool hardLinks = false;  ///< also a file that has other names, which keep the old content
+};
+
+/// Runs `operation` on the profile at `path`, which is valid when opened with `channels`: on a copy
+/// beside it, which takes its place when the operation has succeeded, and which is in table order
+/// where `suits` says that the store would damage a tag of the profile as it lies.
 Result ChangeProfile(const std::string& path, int channels, const LayoutTest& suits,
-                     const Operation& operation);
+                     const ChangeOptions& options, const Operation& operation);
 
 }  // namespace vkcl::tool

@@ -82,7 +82,7 @@ bool ParseMode(const std::string& text, int& mode) {
   const char* last = text.data() + text.size();
   std::int64_t value = 0;
   const auto result = std::from_chars(first, last, value, hex ? 16 : 10);
-  if (result.ec != std::errc() || result.ptr != last || first == last) return false;
+  if (result.ec != std::errc() || result.ptr != last || (hex && *first == '-')) return false;
   if (value < INT32_MIN || value > (hex ? std::int64_t{UINT32_MAX} : INT32_MAX)) return false;
   mode = static_cast<int>(static_cast<std::uint32_t>(value));
   return true;

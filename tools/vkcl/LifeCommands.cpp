@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "ChangeProfile.h"
 #include "Describe.h"
 #include "Opened.h"
 #include "Text.h"
@@ -137,7 +136,7 @@ std::string EmbeddedKinds() {
   return text;
 }
 
-Result Merge(const std::string& source, const std::string& target) {
+Result Merge(const std::string& source, const std::string& target, const ChangeOptions& how) {
   std::string why = WhyInvalid(source, 0);
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(source), why));
   why = WhyInvalid(target, 0);
@@ -154,7 +153,7 @@ Result Merge(const std::string& source, const std::string& target) {
         fmt::format("{}: it is one of the system's own profiles already", Printable(target)));
   }
   const auto suits = [](const VKCLProfile& profile) { return TagDataSuitAppending(profile); };
-  return ChangeProfile(target, 0, suits, [&](VKCLProfileHandler& to) {
+  return ChangeProfile(target, 0, suits, how, [&](VKCLProfileHandler& to) {
     const std::uint32_t before = to.GetProfilePtr()->tagCount;
     if (from.GetProfilePtr()->MergeVKPrivateTagIntoStandICC(*to.GetProfilePtr()) == 0) {
       return Refused(fmt::format("{}: {}", Printable(target), kCannotWrite));
@@ -188,12 +187,12 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
                           Printable(output)));
 }
 
-Result Lock(const std::string& path) {
+Result Lock(const std::string& path, const ChangeOptions& how) {
   std::string why = WhyInvalid(path, 0);
   if (why.empty()) why = WhyNoLock(OpenedHandler(path, 0), 0);
   if (!why.empty()) return Refused(why);
   return ChangeProfile(
-      path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), [](VKCLProfileHandler& handler) {
+      path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), how, [](VKCLProfileHandler& handler) {
         if (handler.isVKCLUnLockedProfile() == 0) {
           return Refused(fmt::format("its status is {}, which is not unlocked", StatusOf(handler)));
         }
@@ -202,12 +201,12 @@ Result Lock(const std::string& path) {
       });
 }
 
-Result Unlock(const std::string& path) {
+Result Unlock(const std::string& path, const ChangeOptions& how) {
   std::string why = WhyInvalid(path, 0);
   if (why.empty()) why = WhyNoLock(OpenedHandler(path, 0), 1);
   if (!why.empty()) return Refused(why);
   return ChangeProfile(
-      path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), [](VKCLProfileHandler& handler) {
+      path, 0, SuitsWriting(QX53, sizeof(VKColorParam)), how, [](VKCLProfileHandler& handler) {
         const bool already = handler.isVKCLUnLockedProfile() != 0;
         if (handler.UnLockVKCLProfile() == 0) return Refused(kCannotWrite);
         return Done(fmt::format("{}; its status is {}", already ? "unlocked already" : "unlocked",
@@ -215,7 +214,8 @@ Result Unlock(const std::string& path) {
       });
 }
 
-Result Embed(const std::string& path, const std::string& kindName, const std::string& file) {
+Result Embed(const std::string& path, const std::string& kindName, const std::string& file,
+             const ChangeOptions& how) {
   const EmbeddedKind* kind = FindKind(kindName);
   if (kind == nullptr) return UnknownKind(kindName);
   std::string why = WhyInvalid(path, 0);
@@ -229,7 +229,7 @@ Result Embed(const std::string& path, const std::string& kindName, const std::st
   }
   const std::uint64_t head = kind->type < 0 ? sizeof(VKVSDProfileParam) : 0;
   return ChangeProfile(
-      path, 0, SuitsWriting(kind->signature, head + LengthOf(file)),
+      path, 0, SuitsWriting(kind->signature, head + LengthOf(file)), how,
       [&](VKCLProfileHandler& handler) { return EmbedInto(handler, *kind, file, profile.get()); });
 }
 

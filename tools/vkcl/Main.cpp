@@ -22,6 +22,7 @@
 
 namespace {
 
+using vkcl::tool::ChangeOptions;
 using vkcl::tool::Outcome;
 
 struct InfoOptions {
@@ -60,9 +61,9 @@ int RunInfo(const InfoOptions& options) {
   return static_cast<int>(refused ? Outcome::Refused : Outcome::Done);
 }
 
-int RunSet(const SetOptions& options) {
-  const vkcl::tool::Result result =
-      vkcl::tool::SetFields(options.file, options.assignments, options.channels, options.create);
+int RunSet(const SetOptions& options, const ChangeOptions& how) {
+  const vkcl::tool::Result result = vkcl::tool::SetFields(options.file, options.assignments,
+                                                          options.channels, options.create, how);
   if (result.outcome == Outcome::Done) {
     fmt::print("{}: {}\n", vkcl::tool::Printable(options.file), result.message);
   } else {
@@ -103,13 +104,14 @@ class Verbs {
     CLI::App* verb = Add("set", "Set fields of the stored records",
                          "vkcl set press.icc ColorParam.Make=Acme "
                          "'SingleInkLimit.limits=100,95,90,85'",
-                         [this] { code_ = RunSet(set_); });
+                         [this] { code_ = RunSet(set_, how_); });
     AddFile(verb, set_.file);
     verb->add_option(
             "ASSIGNMENT", set_.assignments,
             "RECORD.FIELD=VALUE; a list takes values with commas, or RECORD.FIELD[3]=VALUE")
         ->required();
     verb->add_option("--channels", set_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
+    AddHow(verb);
     verb->add_option("--create", set_.create,
                      "Make a minimal profile of as many channels (3 to 16) if there is no file");
     verb->footer("Records and fields:\n" + vkcl::tool::SettableFields() + '\n' +
@@ -119,9 +121,10 @@ class Verbs {
   void AddLife() {
     CLI::App* verb = Add("merge", "Append the private tags of a profile to a standard one",
                          "vkcl merge ours.icc standard.icc",
-                         [this] { Tell({}, vkcl::tool::Merge(file_, other_)); });
+                         [this] { Tell({}, vkcl::tool::Merge(file_, other_, how_)); });
     verb->add_option("SOURCE", file_, "One of the system's own profiles")->required();
     verb->add_option("TARGET", other_, "The standard profile, which is changed")->required();
+    AddHow(verb);
 
     verb = Add("strip", "Write a copy without private tags", "vkcl strip ours.icc clean.icc",
                [this] { Tell(file_, vkcl::tool::Strip(file_, other_, force_)); });
@@ -130,15 +133,18 @@ class Verbs {
     verb->add_flag("--force", force_, "Replace an existing file");
 
     verb = Add("lock", "Lock an unlocked profile", "vkcl lock ours.icc",
-               [this] { Tell(file_, vkcl::tool::Lock(file_)); });
+               [this] { Tell(file_, vkcl::tool::Lock(file_, how_)); });
     AddFile(verb, file_);
+    AddHow(verb);
     verb = Add("unlock", "Unlock a locked profile, to change its colour settings",
-               "vkcl unlock ours.icc", [this] { Tell(file_, vkcl::tool::Unlock(file_)); });
+               "vkcl unlock ours.icc", [this] { Tell(file_, vkcl::tool::Unlock(file_, how_)); });
     AddFile(verb, file_);
+    AddHow(verb);
 
     verb = Add("embed", "Store a whole file in a profile", "vkcl embed ours.icc profile1 link.icc",
-               [this] { Tell(file_, vkcl::tool::Embed(file_, kind_, other_)); });
+               [this] { Tell(file_, vkcl::tool::Embed(file_, kind_, other_, how_)); });
     AddEmbedded(verb, "The file to store");
+    AddHow(verb);
     verb = Add("extract", "Write an embedded file", "vkcl extract ours.icc trc curves.txt",
                [this] { Tell(file_, vkcl::tool::Extract(file_, kind_, other_, force_)); });
     AddEmbedded(verb, "The file to write");
@@ -183,19 +189,21 @@ class Verbs {
                          "  vkcl split press.icc --from-xml split.xml",
                          [this] {
                            file_ = split_.file;
+                           split_.how = how_;
                            Show(vkcl::tool::Split(split_));
                          });
     verb->add_option("FILE", split_.file, "A profile, or an XML file with a split");
     verb->add_option("--default", split_.mode, "The default split of a colour mode instead");
-    verb->add_option("--strengths", split_.values,
-                     "Strengths of the mode's inks, in their order, which scale the default split")
-        ->delimiter(',');
+    verb->add_option("--strengths", split_.strengths,
+                     "Strengths of the mode's inks, with commas between them, in their order: they "
+                     "scale the default split");
     verb->add_option("--version", split_.version, "Version of the default split: 2, 3 or 4")
         ->check(CLI::Range(2, 4));
     verb->add_option("--xml", split_.toXml, "Write the split to this file, as XML");
     verb->add_option("--from-xml", split_.fromXml, "Store the split of this file in the profile");
     verb->add_flag("--force", split_.force, "Replace an existing file");
     verb->add_flag("--json", split_.json, "As a JSON document");
+    AddHow(verb);
   }
 
   void AddVsd() {
@@ -216,8 +224,9 @@ class Verbs {
     verb->add_flag("--force", force_, "Replace an existing document");
     verb = Add(
         "embed", "Store the document in the profile", "vkcl vsd embed press.icc",
-        [this] { Tell(other_, vkcl::tool::VsdEmbed(other_)); }, vsd);
+        [this] { Tell(other_, vkcl::tool::VsdEmbed(other_, how_)); }, vsd);
     verb->add_option("PROFILE", other_, "The profile")->required();
+    AddHow(verb);
     verb = Add(
         "extract", "Write the stored document beside the profile", "vkcl vsd extract press.icc",
         [this] { Tell(other_, vkcl::tool::VsdExtract(other_, force_)); }, vsd);
@@ -240,6 +249,15 @@ class Verbs {
 
   static void AddFile(CLI::App* verb, std::string& file) {
     verb->add_option("FILE", file, "Profile file")->required();
+  }
+
+  // How a profile is written into; of every verb that does.
+  void AddHow(CLI::App* verb) {
+    verb->add_flag("--dry-run", how_.dryRun, "Only tell what would be done");
+    verb->add_flag("--in-place", how_.inPlace,
+                   "Write into the file where it lies: faster, and a crash may damage it");
+    verb->add_flag("--hard-links", how_.hardLinks,
+                   "Also a file with other names, which keep the old content");
   }
 
   void AddEmbedded(CLI::App* verb, const char* what) {
@@ -267,6 +285,7 @@ class Verbs {
   }
 
   CLI::App& app_;
+  ChangeOptions how_;
   InfoOptions info_;
   vkcl::tool::SplitOptions split_;
   SetOptions set_;

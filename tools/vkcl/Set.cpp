@@ -6,7 +6,6 @@
 #include <charconv>
 #include <optional>
 
-#include "ChangeProfile.h"
 #include "Opened.h"
 #include "Records.h"
 #include "Text.h"
@@ -176,7 +175,7 @@ std::string SettableFields() {
 }
 
 Result SetFields(const std::string& path, const std::vector<std::string>& assignments, int channels,
-                 int createChannels) {
+                 int createChannels, const ChangeOptions& how) {
   std::vector<Assignment> parsed;
   for (const std::string& text : assignments) {
     Assignment assignment = {};
@@ -208,7 +207,7 @@ Result SetFields(const std::string& path, const std::vector<std::string>& assign
   if (create) return store(handler);
   return ChangeProfile(
       path, channels, [&](const VKCLProfile& profile) { return LayoutSuits(profile, changes); },
-      store);
+      how, store);
 }
 
 }  // namespace vkcl::tool

@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <span>
+#include <string_view>
 
-#include "ChangeProfile.h"
 #include "ColorCommands.h"
 #include "Opened.h"
 #include "Records.h"
@@ -172,13 +173,33 @@ bool WriteXml(SplitParam& split, const std::string& path) {
   return split.Serialize(tree, root, 0) != 0 && tree.SaveToFile(AFilePath(path)) != 0;
 }
 
+// Numbers with commas between them; none in an empty text.
+bool ParseNumbers(std::string_view text, std::vector<double>& numbers) {
+  while (!text.empty()) {
+    double number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (result.ec != std::errc()) return false;
+    numbers.push_back(number);
+    text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
+    if (text.empty()) return true;
+    if (text.front() != ',' || text.size() == 1) return false;
+    text.remove_prefix(1);
+  }
+  return true;
+}
+
 Result DefaultSplit(const SplitOptions& options, SplitParam& split) {
   int mode = 0;
   if (!ParseMode(options.mode, mode)) {
     return Usage(fmt::format("\"{}\" is no colour mode", Printable(options.mode)));
   }
   const int channels = GetNumberOfChannels(mode);
-  std::vector<double> values = options.values;
+  if (channels <= 0) return Refused(fmt::format("colour mode {} has no inks", ModeText(mode)));
+  std::vector<double> values;
+  if (!ParseNumbers(options.strengths, values)) {
+    return Usage(fmt::format("\"{}\" are no numbers with commas between them",
+                             Printable(options.strengths)));
+  }
   if (!values.empty() && values.size() != static_cast<std::size_t>(channels)) {
     return Usage(fmt::format("colour mode {} has {} channels, and {} strengths are given",
                              ModeText(mode), channels, values.size()));
@@ -214,10 +235,11 @@ Result StoreSplit(const SplitOptions& options) {
   if (!ReadXml(options.fromXml, split)) {
     return Refused(fmt::format("{}: it is no XML form of a split", Printable(options.fromXml)));
   }
+  if (split.count == 0) return Refused("a split of no colorant is not stored");
   const auto suits = [&](const VKCLProfile& profile) {
     return TagDataSuitWriting(profile, QX50, static_cast<unsigned long>(split.size));
   };
-  return ChangeProfile(options.file, 0, suits, [&](VKCLProfileHandler& handler) {
+  return ChangeProfile(options.file, 0, suits, options.how, [&](VKCLProfileHandler& handler) {
     if (handler.WriteInkSplitTag(split) == 0) {
       return Refused("it could not be written; the file refuses it, or the disk is full");
     }
@@ -234,7 +256,16 @@ Result Split(const SplitOptions& options) {
   }
   if (!options.fromXml.empty()) {
     if (options.file.empty()) return Usage("--from-xml needs a profile to store into");
+    if (!options.toXml.empty() || options.json) {
+      return Usage("--from-xml stores a split; --xml and --json show one");
+    }
     return StoreSplit(options);
+  }
+  if (options.mode.empty() && (!options.strengths.empty() || options.version != 4)) {
+    return Usage("--strengths and --version belong to --default");
+  }
+  if (!options.strengths.empty() && options.version != 4) {
+    return Usage("--strengths scale the curves of version 4 only");
   }
   SplitParam split;
   Result loaded =
@@ -246,7 +277,11 @@ Result Split(const SplitOptions& options) {
     return Done(options.json ? SplitJson(split, version).dump(2, ' ', kAsciiOnly) + '\n'
                              : SplitText(split, version));
   }
-  if (AFilePath(options.toXml).exists() && !options.force) {
+  const AFilePath to(options.toXml);
+  if (to.isSameFile(AFilePath(options.file))) {
+    return Refused("a file is not replaced by the split in it");
+  }
+  if (to.exists() && !options.force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(options.toXml)));
   }
   if (!WriteXml(split, options.toXml)) {

@@ -4,19 +4,21 @@
 #include <string>
 #include <vector>
 
+#include "ChangeProfile.h"
 #include "Outcome.h"
 
 namespace vkcl::tool {
 
 struct SplitOptions {
-  std::string file;            ///< a profile, or an XML file with a split; empty with a mode
-  std::string mode;            ///< colour mode whose default split is meant
-  std::vector<double> values;  ///< strengths of its inks; empty for none
-  int version = 4;             ///< of the default split
-  std::string toXml;           ///< XML file that is written
-  std::string fromXml;         ///< XML file whose split is stored in the profile
-  bool force = false;          ///< replace an existing XML file
+  std::string file;       ///< a profile, or an XML file with a split; empty with a mode
+  std::string mode;       ///< colour mode whose default split is meant
+  std::string strengths;  ///< of its inks, with commas between them; empty for none
+  int version = 4;        ///< of the default split
+  std::string toXml;      ///< XML file that is written
+  std::string fromXml;    ///< XML file whose split is stored in the profile
+  bool force = false;     ///< replace an existing XML file
   bool json = false;
+  ChangeOptions how = {};
 };
 
 Result Split(const SplitOptions& options);

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -55,10 +57,15 @@ std::vector<ListPlace> ListPlaces() {
   return places;
 }
 
+// Stands where the document has no value: the readers leave such places alone.
+const double kNoValue = std::numeric_limits<double>::quiet_NaN();
+
 Json Numbers(const std::vector<double>& values, int count) {
   Json numbers = Json::array();
   const auto held = static_cast<std::size_t>(std::clamp(count, 0, static_cast<int>(values.size())));
-  for (std::size_t i = 0; i < held; ++i) numbers.push_back(RealValue(values[i]));
+  for (std::size_t i = 0; i < held; ++i) {
+    numbers.push_back(std::isnan(values[i]) ? Json() : RealValue(values[i]));
+  }
   return numbers;
 }
 
@@ -97,16 +104,17 @@ Json ListsJson(VSDProfileHandler& document) {
 
 Json DotsJson(VSDProfileHandler& document) {
   constexpr int kRoom = 64;
-  std::vector<double> medium(kRoom);
-  std::vector<double> large(kRoom);
+  std::vector<double> medium(kRoom, kNoValue);
+  std::vector<double> large(kRoom, kNoValue);
+  std::vector<double> scale(kRoom, kNoValue);
   int count = 0;
   Json dots = Json::object();
   if (document.ReadMediumAndLargeStart(medium.data(), large.data(), kRoom, count) != 0) {
     dots[kMediumStart] = Numbers(medium, count);
     dots[kLargeStart] = Numbers(large, count);
   }
-  if (document.ReadLargeDotScale(large.data(), kRoom, count) != 0) {
-    dots[kLargeDotScale] = Numbers(large, count);
+  if (document.ReadLargeDotScale(scale.data(), kRoom, count) != 0) {
+    dots[kLargeDotScale] = Numbers(scale, count);
   }
   return dots;
 }
@@ -114,6 +122,7 @@ Json DotsJson(VSDProfileHandler& document) {
 Json LimitsJson(VSDProfileHandler& document) {
   Json limits = Json::object();
   VKSingleInkLimitWithLinRef single;
+  for (int i = 0; i < 16; ++i) single.limits[i] = kNoValue;
   if (document.ReadVKSingleInkLimits(single) != 0) {
     std::vector<double> values(16);  // by value: those of the record stand on multiples of 4
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = single.limits[i];
@@ -139,6 +148,7 @@ Json Describe(VSDProfileHandler& document, const std::string& path) {
 }
 
 std::string ValueText(const Json& value) {
+  if (value.is_null()) return "-";
   return value.is_string() ? Printable(value.get<std::string>()) : value.dump();
 }
 
@@ -211,14 +221,43 @@ AFilePath SidecarOf(const std::string& profile) {
   return VSDProfileHandler::ICCtoVSDFolder(AFilePath(AFilePath(profile).GetFullPath()));
 }
 
-// Makes the folder of the document; an empty result is success.
-std::string MakeFolder(const AFilePath& sidecar) {
-  AFilePath folder = sidecar;
-  folder.removeLastComponent();
-  std::error_code error;
-  std::filesystem::create_directories(folder.str(), error);
-  if (!error) return {};
-  return fmt::format("the folder {} cannot be made: {}", Printable(folder.str()), error.message());
+// The folder of the document, made where it is missing, and removed again unless it is kept.
+class Folder {
+ public:
+  explicit Folder(const AFilePath& sidecar) : path_(sidecar) {
+    path_.removeLastComponent();
+    std::error_code error;
+    made_ = std::filesystem::create_directories(path_.str(), error);
+    if (!error) return;
+    problem_ =
+        fmt::format("the folder {} cannot be made: {}", Printable(path_.str()), error.message());
+  }
+  ~Folder() {
+    std::error_code error;
+    if (made_) std::filesystem::remove(path_.str(), error);
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  const std::string& problem() const { return problem_; }
+  Result Keep(Result result) {
+    made_ = made_ && result.outcome != Outcome::Done;
+    return result;
+  }
+
+ private:
+  AFilePath path_;
+  bool made_ = false;
+  std::string problem_;
+};
+
+// Why a document at that place is not written; empty when it may be.
+std::string WhyNotWritten(const std::string& profile, const AFilePath& place, bool force) {
+  if (place.isSameFile(AFilePath(profile))) {
+    return "it lies in a folder VSDProfile, where its document would take its place";
+  }
+  if (!place.exists() || force) return {};
+  return fmt::format("{} exists; --force replaces it", Printable(place.str()));
 }
 
 }  // namespace
@@ -249,18 +288,20 @@ Result VsdCreate(const std::string& profile, bool force) {
     return Refused("it holds no readable colour parameters (QX53)");
   }
   const AFilePath place = SidecarOf(profile);
-  if (place.exists() && !force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(place.str())));
-  }
-  if (const std::string problem = MakeFolder(place); !problem.empty()) return Refused(problem);
+  if (const std::string no = WhyNotWritten(profile, place, force); !no.empty()) return Refused(no);
+  Folder folder(place);
+  if (!folder.problem().empty()) return Refused(folder.problem());
   VSDProfileHandler document(place, 0);
   if (document.WriteVKColorParam(param) == 0 || document.SaveToFile() == 0) {
     return Refused(fmt::format("{} could not be written", Printable(place.str())));
   }
-  return Done(fmt::format("wrote its colour parameters to {}", Printable(place.str())));
+  return folder.Keep(
+      Done(fmt::format("wrote its colour parameters to {}", Printable(place.str()))));
 }
 
-Result VsdEmbed(const std::string& profile) {
+Result VsdEmbed(const std::string& profile, const ChangeOptions& how) {
+  const std::string why = WhyInvalid(profile, 0);
+  if (!why.empty()) return Refused(why);
   const AFilePath place = SidecarOf(profile);
   if (!place.exists()) {
     return Refused(fmt::format("it has no VSD document at {}", Printable(place.str())));
@@ -268,7 +309,7 @@ Result VsdEmbed(const std::string& profile) {
   if (VSDProfileHandler(place, 1).IsValid() == 0) {
     return Refused(fmt::format("{}: it is no VSD document", Printable(place.str())));
   }
-  return Embed(profile, "vsd", place.str());
+  return Embed(profile, "vsd", place.str(), how);
 }
 
 Result VsdExtract(const std::string& profile, bool force) {
@@ -278,11 +319,10 @@ Result VsdExtract(const std::string& profile, bool force) {
     return Refused("it holds no vsd (QX71)");
   }
   const AFilePath place = SidecarOf(profile);
-  if (place.exists() && !force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(place.str())));
-  }
-  if (const std::string problem = MakeFolder(place); !problem.empty()) return Refused(problem);
-  return Extract(profile, "vsd", place.str(), true);
+  if (const std::string no = WhyNotWritten(profile, place, force); !no.empty()) return Refused(no);
+  Folder folder(place);
+  if (!folder.problem().empty()) return Refused(folder.problem());
+  return folder.Keep(Extract(profile, "vsd", place.str(), true));
 }
 
 }  // namespace vkcl::tool

@@ -1,0 +1,207 @@
+#include "edit/ProfileEdit.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/Guarded.h"
+#include "platform/plinth/SiblingFile.h"
+#include "platform/plinth/WholeFile.h"
+#include "profile/TagLayout.h"
+
+namespace vkcl {
+namespace {
+
+constexpr std::uint32_t kPrivate = 0x5158;  // 'QX', the upper half of a private signature
+
+std::span<const icTag> TableOf(const VKCLProfile& profile) {
+  return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
+}
+
+bool IsPrivate(const icTag& tag) { return static_cast<std::uint32_t>(tag.sig) >> 16 == kPrivate; }
+
+bool SuitsAnyWork(const VKCLProfile& profile) {
+  const std::span<const icTag> table = TableOf(profile);
+  return TagDataSuitAppending(profile) &&
+         std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
+           const auto signature = static_cast<VKPrivateTagSignature>(tag.sig);
+           return !IsPrivate(tag) || TagDataSuitWriting(profile, signature, 0);
+         });
+}
+
+// What tells that somebody else changed the file.
+struct Stamp {
+  std::filesystem::file_time_type time;
+  std::uintmax_t length = 0;
+
+  bool operator==(const Stamp& other) const = default;
+};
+
+std::optional<Stamp> StampOf(const AFilePath& path) {
+  std::error_code timeError;
+  std::error_code lengthError;
+  const std::filesystem::path place = host::SystemPath(path.str());
+  const Stamp stamp = {std::filesystem::last_write_time(place, timeError),
+                       std::filesystem::file_size(place, lengthError)};
+  if (timeError || lengthError) return std::nullopt;
+  return stamp;
+}
+
+bool HasOtherNames(const AFilePath& path) {
+  std::error_code error;
+  return std::filesystem::hard_link_count(host::SystemPath(path.str()), error) > 1 && !error;
+}
+
+bool CopyBytes(const AFilePath& from, AFile& to) {
+  const FileContent content = ReadWholeFile(from);
+  return content.bytes && to.write(content.bytes.get(), content.size) == content.size;
+}
+
+// The header with zeros where an edit may change it.
+std::vector<char> FixedHeader(const FileContent& file) {
+  std::vector<char> header(file.bytes.get(),
+                           file.bytes.get() + std::min<std::size_t>(file.size, 128));
+  header.resize(128);
+  std::fill_n(header.begin(), 4, '\0');       // size
+  std::fill_n(header.begin() + 16, 4, '\0');  // colour space
+  return header;
+}
+
+std::span<const char> BytesOf(const icTag& tag, const FileContent& file) {
+  if (std::uint64_t{tag.offset} + tag.size > file.size) return {};
+  return {file.bytes.get() + tag.offset, tag.size};
+}
+
+// The bytes of the tags that an edit leaves alone, by table order.
+bool SameStandardTags(const VKCLProfile& before, const FileContent& oldFile,
+                      const VKCLProfile& after, const FileContent& newFile) {
+  const std::span<const icTag> table = TableOf(after);
+  auto next = table.begin();
+  const auto skipPrivate = [&] { next = std::find_if_not(next, table.end(), IsPrivate); };
+  for (const icTag& tag : TableOf(before)) {
+    if (IsPrivate(tag)) continue;
+    skipPrivate();
+    if (next == table.end() || next->sig != tag.sig || next->size != tag.size) return false;
+    const std::span<const char> oldBytes = BytesOf(tag, oldFile);
+    const std::span<const char> newBytes = BytesOf(*next, newFile);
+    if (!std::equal(oldBytes.begin(), oldBytes.end(), newBytes.begin(), newBytes.end())) {
+      return false;
+    }
+    ++next;
+  }
+  skipPrivate();
+  return next == table.end();
+}
+
+// Whether every private tag is wholly in the file.
+bool HoldsPrivateTags(const VKCLProfile& profile, const FileContent& file) {
+  const std::span<const icTag> table = TableOf(profile);
+  return std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
+    return !IsPrivate(tag) || std::uint64_t{tag.offset} + tag.size <= file.size;
+  });
+}
+
+}  // namespace
+
+// The copy, and the profile as it was when the edit began.
+class ProfileEdit::Work {
+ public:
+  Work(const AFilePath& path, int channels) : before(path, channels) {}
+  // The profile is not this object's to remove, whatever its name.
+  ~Work() { before.filePath = AFilePath(); }
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+
+  VKCLProfile before;
+  std::optional<SiblingFile> copy;
+  std::optional<Stamp> stamp;
+};
+
+const char* EditStateText(EditState state) {
+  switch (state) {
+    case EditState::Open: return "it is being edited";
+    case EditState::Done: return "the change is in its place";
+    case EditState::NoProfile: return "it is no valid ICC profile";
+    case EditState::NotWritable: return "it cannot be written, or a file cannot be made beside it";
+    case EditState::HardLinked:
+      return "it has other names (hard links), which would go on naming the old content";
+    case EditState::NoCopy:
+      return "a copy could not be written: a tag reaches beyond the end of the file, or the disk "
+             "is full";
+    case EditState::Changed: return "somebody else changed it in the meantime";
+    case EditState::Damaged: return "the changed copy lacks something that it holds";
+    case EditState::NotPlaced: break;
+  }
+  return "the changed copy could not take its place";
+}
+
+ProfileEdit::ProfileEdit(const AFilePath& profile, int channels, const LayoutTest& suits,
+                         HardLinks hardLinks) noexcept {
+  const bool begun = Guarded([&] {
+    state_ = Begin(profile, channels, suits, hardLinks);
+    return true;
+  });
+  if (begun && state_ == EditState::Open) return;
+  if (!begun) state_ = EditState::NoCopy;
+  handler_.reset();
+  work_.reset();
+}
+
+ProfileEdit::~ProfileEdit() = default;
+
+EditState ProfileEdit::Begin(const AFilePath& profile, int channels, const LayoutTest& suits,
+                             HardLinks hardLinks) {
+  SiblingFile::RemoveLeftovers(profile);
+  work_ = std::make_unique<Work>(profile, channels);
+  Work& work = *work_;
+  if (work.before.isValidICC() == 0) return EditState::NoProfile;
+  work.copy.emplace(profile);
+  if (!work.copy->exists()) return EditState::NotWritable;
+  if (hardLinks == HardLinks::Refuse && HasOtherNames(work.copy->place())) {
+    return EditState::HardLinked;
+  }
+  work.stamp = StampOf(profile);
+  arranged_ = suits ? !suits(work.before) : !SuitsAnyWork(work.before);
+  AFile& file = work.copy->file();
+  const bool copied =
+      arranged_ ? WriteArranged(work.before, file) : CopyBytes(work.before.filePath, file);
+  if (!copied || !work.stamp) return EditState::NoCopy;
+  bytesBefore_ = work.stamp->length;
+  handler_ = std::make_unique<VKCLProfileHandler>(work.copy->path(), work.before.channelCount);
+  return handler_->IsICCFile() != 0 ? EditState::Open : EditState::NoCopy;
+}
+
+std::uint64_t ProfileEdit::bytesNow() const {
+  const std::int64_t length = work_ != nullptr && work_->copy ? work_->copy->file().length() : -1;
+  return length > 0 ? static_cast<std::uint64_t>(length) : 0;
+}
+
+EditState ProfileEdit::Commit() noexcept {
+  if (state_ != EditState::Open) return state_;
+  state_ = EditState::NotPlaced;
+  Guarded([&] {
+    state_ = Finish();
+    return true;
+  });
+  handler_.reset();
+  work_.reset();
+  return state_;
+}
+
+EditState ProfileEdit::Finish() {
+  Work& work = *work_;
+  const VKCLProfile after(work.copy->path(), work.before.channelCount);
+  const FileContent oldFile = ReadWholeFile(work.before.filePath);
+  const FileContent newFile = ReadWholeFile(work.copy->path());
+  if (!oldFile.bytes || StampOf(work.before.filePath) != work.stamp) return EditState::Changed;
+  const bool whole =
+      newFile.bytes && after.isValidICC() != 0 && FixedHeader(oldFile) == FixedHeader(newFile) &&
+      SameStandardTags(work.before, oldFile, after, newFile) && HoldsPrivateTags(after, newFile);
+  if (!whole) return EditState::Damaged;
+  return work.copy->takePlace() ? EditState::Done : EditState::NotPlaced;
+}
+
+}  // namespace vkcl

@@ -1,0 +1,87 @@
+// Changing a profile so that there is always a whole one.
+//
+// The store writes into a profile where it lies, and takes its tag data to lie in table order. An
+// edit works on a copy beside the profile instead, in table order where the profile itself is not,
+// compares the copy with the profile when the work is done, and puts it in its place in one step.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "handler/VKCLProfileHandler.h"
+#include "platform/Export.h"
+#include "platform/plinth/AFilePath.h"
+
+namespace vkcl {
+
+/// How far an edit has come, or why it came to nothing.
+enum class EditState {
+  Open,         ///< the copy is there to be worked on
+  Done,         ///< the copy took the profile's place
+  NoProfile,    ///< the file is no valid ICC profile
+  NotWritable,  ///< it may not be written, or its folder not
+  HardLinked,   ///< it has other names, which would go on naming the old content
+  NoCopy,       ///< the copy could not be written: a tag is not wholly in the file, or no room
+  Changed,      ///< somebody changed the profile in the meantime
+  Damaged,      ///< the copy lacks something that the profile holds
+  NotPlaced,    ///< the copy could not take the place
+};
+
+/// The state in words, for people.
+VKCL_API const char* EditStateText(EditState state);
+
+/// One edit of one profile. Until Commit has succeeded the profile is as it was, and a crash at any
+/// moment leaves the old profile or the new one, whole. What a crash leaves beside the profile, a
+/// file named ".vkcl-....new", is removed by the next edit in that folder.
+class VKCL_API ProfileEdit {
+ public:
+  enum class HardLinks {
+    Refuse,
+    Replace,  ///< the edited name gets the new content, the others keep the old
+  };
+  /// Tells of a profile whether the store can do the work on it as it lies.
+  using LayoutTest = std::function<bool(const VKCLProfile& profile)>;
+
+  /// Makes the copy, with the permissions of the profile, and its owner where that is allowed. A
+  /// symbolic link is followed. `channels` as for VKCLProfile. The copy is in table order when
+  /// `suits` says no; without it, when the store could damage a tag by any work.
+  explicit ProfileEdit(const AFilePath& profile, int channels = 0, const LayoutTest& suits = {},
+                       HardLinks hardLinks = HardLinks::Refuse) noexcept;
+  /// Drops the copy unless it took the place.
+  ~ProfileEdit();
+  ProfileEdit(const ProfileEdit&) = delete;
+  ProfileEdit& operator=(const ProfileEdit&) = delete;
+
+  EditState state() const { return state_; }
+  /// Whether the copy was brought into table order. Bytes that no tag refers to are not in it.
+  bool wasArranged() const { return arranged_; }
+
+  /// The copy, while the state is Open; null otherwise. Do not write it by another object.
+  VKCLProfileHandler* handler() { return handler_.get(); }
+
+  /// Length of the profile, and of the copy as it is now.
+  std::uint64_t bytesBefore() const { return bytesBefore_; }
+  std::uint64_t bytesNow() const;
+
+  /// Compares the copy with the profile (every tag that is not private must be there with the bytes
+  /// it had, and the header must be as it was but for its size and colour space), has the system
+  /// carry it to the medium and puts it in the place: Done. Any other state: the profile is as it
+  /// was, and the copy is gone.
+  EditState Commit() noexcept;
+
+ private:
+  class Work;
+
+  EditState Begin(const AFilePath& profile, int channels, const LayoutTest& suits,
+                  HardLinks hardLinks);
+  EditState Finish();
+
+  EditState state_ = EditState::NoCopy;
+  bool arranged_ = false;
+  std::uint64_t bytesBefore_ = 0;
+  std::unique_ptr<Work> work_;
+  std::unique_ptr<VKCLProfileHandler> handler_;
+};
+
+}  // namespace vkcl
