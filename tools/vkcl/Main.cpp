@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "CheckCommands.h"
 #include "ColorCommands.h"
 #include "DataCommands.h"
 #include "Describe.h"
@@ -88,6 +89,7 @@ class Verbs {
     AddColors();
     AddSplit();
     AddVsd();
+    AddCheck();
   }
   int code() const { return code_; }
 
@@ -204,6 +206,22 @@ class Verbs {
     verb->add_flag("--force", split_.force, "Replace an existing file");
     verb->add_flag("--json", split_.json, "As a JSON document");
     AddHow(verb);
+  }
+
+  void AddCheck() {
+    CLI::App* verb = Add("check", "Say what is wrong with profile files, or unusual about them",
+                         "vkcl check *.icc", [this] {
+                           const vkcl::tool::Result result = vkcl::tool::Check(info_.files, json_);
+                           code_ = static_cast<int>(result.outcome);
+                           fmt::print("{}", result.message);
+                         });
+    verb->add_option("FILE", info_.files, "Profile files")->required();
+    verb->add_flag("--json", json_, "One JSON array with a document for each file");
+    verb = Add("compact", "Write a copy with the tag data in table order",
+               "vkcl compact theirs.icc ordered.icc",
+               [this] { Tell(file_, vkcl::tool::Compact(file_, other_)); });
+    verb->add_option("IN", file_, "The profile")->required();
+    verb->add_option("OUT", other_, "The copy, which must not exist")->required();
   }
 
   void AddVsd() {

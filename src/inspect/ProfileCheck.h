@@ -1,0 +1,38 @@
+// What is wrong with a profile file, or unusual about it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+#include "platform/plinth/AFilePath.h"
+
+namespace vkcl {
+
+enum class Severity {
+  Note,     ///< unusual, and nobody's mistake
+  Warning,  ///< against the standard or a loss of meaning; readers get along
+  Error,    ///< data are missing, or readers refuse the file
+};
+
+/// "note", "warning" or "error".
+VKCL_API const char* SeverityText(Severity severity);
+
+struct VKCL_API Finding {
+  Severity severity = Severity::Note;
+  std::string rule;    ///< stable name of the rule, as "table.beyond-end"
+  std::string clause;  ///< of ICC.1:2001-04, as "6.2.2"; empty for what no clause speaks of
+  std::string tag;     ///< signature that it is about; empty for the file as a whole
+  std::string text;    ///< in words, with the numbers
+};
+
+/// Looks at header, tag table, layout of the tag data, the tags that the class asks for, their
+/// types, and the heads of the private tags. Findings in the order of the file; none for a file
+/// that is as it should be. A file that cannot be read at all gives the finding "file.unreadable".
+/// When memory is short so does the file.
+VKCL_API std::vector<Finding> CheckProfile(const AFilePath& path) noexcept;
+
+/// The gravest of the findings; Note for none.
+VKCL_API Severity GravestOf(const std::vector<Finding>& findings);
+
+}  // namespace vkcl
