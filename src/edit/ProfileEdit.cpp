@@ -7,9 +7,11 @@
 #include <span>
 #include <vector>
 
+#include "platform/Bytes.h"
 #include "platform/Guarded.h"
 #include "platform/plinth/SiblingFile.h"
 #include "platform/plinth/WholeFile.h"
+#include "profile/TableLayout.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl {
@@ -32,32 +34,32 @@ bool SuitsAnyWork(const VKCLProfile& profile) {
          });
 }
 
-// What tells that somebody else changed the file.
-struct Stamp {
-  std::filesystem::file_time_type time;
-  std::uintmax_t length = 0;
-
-  bool operator==(const Stamp& other) const = default;
-};
-
-std::optional<Stamp> StampOf(const AFilePath& path) {
-  std::error_code timeError;
-  std::error_code lengthError;
-  const std::filesystem::path place = host::SystemPath(path.str());
-  const Stamp stamp = {std::filesystem::last_write_time(place, timeError),
-                       std::filesystem::file_size(place, lengthError)};
-  if (timeError || lengthError) return std::nullopt;
-  return stamp;
-}
-
 bool HasOtherNames(const AFilePath& path) {
   std::error_code error;
   return std::filesystem::hard_link_count(host::SystemPath(path.str()), error) > 1 && !error;
 }
 
-bool CopyBytes(const AFilePath& from, AFile& to) {
-  const FileContent content = ReadWholeFile(from);
-  return content.bytes && to.write(content.bytes.get(), content.size) == content.size;
+bool WriteBytes(const FileContent& content, AFile& to) {
+  return to.write(content.bytes.get(), content.size) == content.size;
+}
+
+bool SameBytes(const FileContent& a, const FileContent& b) {
+  return a.bytes && b.bytes && a.size == b.size &&
+         std::memcmp(a.bytes.get(), b.bytes.get(), a.size) == 0;
+}
+
+// Whether the table in the file is the one that was loaded, so that the content belongs to it.
+bool HoldsTable(const FileContent& file, const VKCLProfile& profile) {
+  const std::span<const icTag> table = TableOf(profile);
+  if (TableEnd(table.size()) > file.size) return false;
+  const char* entry = file.bytes.get() + kTableStart;
+  bool same = LoadBig32(entry - 4) == table.size();
+  for (const icTag& tag : table) {
+    same = same && LoadBig32(entry) == static_cast<std::uint32_t>(tag.sig) &&
+           LoadBig32(entry + 4) == tag.offset && LoadBig32(entry + 8) == tag.size;
+    entry += kTableEntry;
+  }
+  return same;
 }
 
 // The header with zeros where an edit may change it.
@@ -116,8 +118,8 @@ class ProfileEdit::Work {
   Work& operator=(const Work&) = delete;
 
   VKCLProfile before;
+  FileContent content;  // of the profile
   std::optional<SiblingFile> copy;
-  std::optional<Stamp> stamp;
 };
 
 const char* EditStateText(EditState state) {
@@ -163,13 +165,14 @@ EditState ProfileEdit::Begin(const AFilePath& profile, int channels, const Layou
   if (hardLinks == HardLinks::Refuse && HasOtherNames(work.copy->place())) {
     return EditState::HardLinked;
   }
-  work.stamp = StampOf(profile);
+  work.content = ReadWholeFile(profile);
+  if (!work.content.bytes) return EditState::NoCopy;
+  if (!HoldsTable(work.content, work.before)) return EditState::Changed;
   arranged_ = suits ? !suits(work.before) : !SuitsAnyWork(work.before);
   AFile& file = work.copy->file();
-  const bool copied =
-      arranged_ ? WriteArranged(work.before, file) : CopyBytes(work.before.filePath, file);
-  if (!copied || !work.stamp) return EditState::NoCopy;
-  bytesBefore_ = work.stamp->length;
+  const bool copied = arranged_ ? WriteArranged(work.before, file) : WriteBytes(work.content, file);
+  if (!copied) return EditState::NoCopy;
+  bytesBefore_ = work.content.size;
   handler_ = std::make_unique<VKCLProfileHandler>(work.copy->path(), work.before.channelCount);
   return handler_->IsICCFile() != 0 ? EditState::Open : EditState::NoCopy;
 }
@@ -193,14 +196,20 @@ EditState ProfileEdit::Commit() noexcept {
 
 EditState ProfileEdit::Finish() {
   Work& work = *work_;
+  const auto isChanged = [&] {
+    return !SameBytes(ReadWholeFile(work.before.filePath), work.content);
+  };
   const VKCLProfile after(work.copy->path(), work.before.channelCount);
-  const FileContent oldFile = ReadWholeFile(work.before.filePath);
-  const FileContent newFile = ReadWholeFile(work.copy->path());
-  if (!oldFile.bytes || StampOf(work.before.filePath) != work.stamp) return EditState::Changed;
-  const bool whole =
-      newFile.bytes && after.isValidICC() != 0 && FixedHeader(oldFile) == FixedHeader(newFile) &&
-      SameStandardTags(work.before, oldFile, after, newFile) && HoldsPrivateTags(after, newFile);
-  if (!whole) return EditState::Damaged;
+  const FileContent changed = ReadWholeFile(work.copy->path());
+  const bool whole = changed.bytes && after.isValidICC() != 0 &&
+                     FixedHeader(work.content) == FixedHeader(changed) &&
+                     SameStandardTags(work.before, work.content, after, changed) &&
+                     HoldsPrivateTags(after, changed);
+  // A copy that was made while somebody wrote is a mixture.
+  if (!whole) return isChanged() ? EditState::Changed : EditState::Damaged;
+  if (!work.copy->settle()) return isChanged() ? EditState::Changed : EditState::NotPlaced;
+  // Again, as late as can be: what others write from here on is lost.
+  if (isChanged()) return EditState::Changed;
   return work.copy->takePlace() ? EditState::Done : EditState::NotPlaced;
 }
 

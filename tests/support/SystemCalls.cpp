@@ -53,6 +53,7 @@ struct Plan {
   bool diskFull = false;
   std::size_t left = 0;
   Fault fault = Fault::Error;
+  std::function<void()> action = nullptr;
 };
 thread_local Plan plan;
 
@@ -72,6 +73,10 @@ bool IsDue() {
   if (!plan.armed || plan.reached) return false;
   if (plan.left-- > 0) return false;
   plan.reached = true;
+  if (plan.action) {
+    plan.action();
+    return false;
+  }
   if (plan.fault == Fault::Death) std::_Exit(kDeath);
   return true;
 }
@@ -146,7 +151,15 @@ std::vector<CallKind> CallLog::Kinds() const {
   return kinds;
 }
 
-FaultAt::FaultAt(std::size_t which, Fault fault) { plan = Plan{true, false, false, which, fault}; }
+FaultAt::FaultAt(std::size_t which, Fault fault) {
+  plan = Plan{true, false, false, which, fault, nullptr};
+}
+ActionAt::ActionAt(std::size_t which, std::function<void()> action) {
+  plan = Plan{true, false, false, which, Fault::Error, std::move(action)};
+}
+ActionAt::~ActionAt() { plan = Plan{}; }
+bool ActionAt::Reached() { return plan.reached; }
+
 FaultAt::~FaultAt() { plan.armed = false; }
 bool FaultAt::Reached() { return plan.reached; }
 

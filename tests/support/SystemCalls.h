@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -67,6 +68,19 @@ class FaultAt {
   ~FaultAt();
   FaultAt(const FaultAt&) = delete;
   FaultAt& operator=(const FaultAt&) = delete;
+
+  /// Whether as many calls were made.
+  static bool Reached();
+};
+
+/// Does something before the `which`-th call of this thread (from 0), once: what somebody else
+/// might do at that moment. What it calls itself is not counted. Not together with FaultAt.
+class ActionAt {
+ public:
+  ActionAt(std::size_t which, std::function<void()> action);
+  ~ActionAt();
+  ActionAt(const ActionAt&) = delete;
+  ActionAt& operator=(const ActionAt&) = delete;
 
   /// Whether as many calls were made.
   static bool Reached();

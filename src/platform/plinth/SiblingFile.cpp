@@ -115,12 +115,19 @@ SiblingFile::~SiblingFile() {
   if (exists_) Drop();
 }
 
-bool SiblingFile::takePlace() {
+bool SiblingFile::settle() {
+  // Somebody may have closed the old file to others since the new one was made.
+  if (taken_ && !host::CopyPermissions(place_.c_str(), path_.c_str())) return false;
   if (!file_.isOpen() && !file_.open(path_, AFile::ReadWrite)) return false;
-  bool done = file_.sync();
-  done = file_.close() && done;
+  const bool synced = file_.sync();
+  settled_ = file_.close() && synced;
+  return settled_;
+}
+
+bool SiblingFile::takePlace() {
+  if (!settled_ && !settle()) return false;
   // The lock is held until the new file has its place.
-  if (!done || !host::Rename(path_.c_str(), place_.c_str())) return false;
+  if (!host::Rename(path_.c_str(), place_.c_str())) return false;
   exists_ = false;
   lock_.close();
   host::SyncFolder(FolderOf(place_).c_str());
@@ -128,14 +135,15 @@ bool SiblingFile::takePlace() {
 }
 
 int SiblingFile::RemoveLeftovers(const AFilePath& place) {
-  const AFilePath folder = FolderOf(BehindLinks(place));
+  const AFilePath own = BehindLinks(place);
+  const AFilePath folder = FolderOf(own);
   int removed = 0;
   for (const std::string& name : host::FilesIn(folder.c_str(), std::string(kPrefix))) {
-    if (!IsOurs(name)) continue;
+    if (!IsOurs(name) || own.getFileName() == AString(name)) continue;
     AFilePath path = folder;
     path.appendComponent(name);
     AFile file;
-    if (file.open(path, AFile::ReadWrite) && file.tryLock() && path.remove()) ++removed;
+    if (file.open(path, AFile::Read) && file.tryLock() && path.remove()) ++removed;
   }
   return removed;
 }

@@ -30,8 +30,12 @@ class SiblingFile {
   const AFilePath& place() const { return place_; }
   bool isTaken() const { return taken_; }
 
-  /// Has the system carry the new file to the medium, and puts it in the place. False when a step
-  /// failed; the old file is as it was then.
+  /// Gives the new file the permissions that the old one has now, has the system carry it to the
+  /// medium, and closes it. False when that failed.
+  bool settle();
+
+  /// Settles the new file, unless that is done, and puts it in the place. False when a step failed;
+  /// the old file is as it was then.
   bool takePlace();
 
   /// Removes new files beside `place` whose programs ended before they took a place or were
@@ -48,6 +52,7 @@ class SiblingFile {
   AFile file_;
   bool taken_ = false;
   bool exists_ = false;
+  bool settled_ = false;
 };
 
 }  // namespace vkcl
