@@ -17,13 +17,11 @@
 namespace vkcl {
 namespace {
 
-constexpr std::uint32_t kPrivate = 0x5158;  // 'QX', the upper half of a private signature
-
 std::span<const icTag> TableOf(const VKCLProfile& profile) {
   return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
 }
 
-bool IsPrivate(const icTag& tag) { return static_cast<std::uint32_t>(tag.sig) >> 16 == kPrivate; }
+bool IsPrivate(const icTag& tag) { return IsPrivateSignature(tag.sig); }
 
 bool SuitsAnyWork(const VKCLProfile& profile) {
   const std::span<const icTag> table = TableOf(profile);

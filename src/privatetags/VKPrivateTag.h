@@ -53,6 +53,13 @@ enum VKPrivateTagSignature : std::uint32_t {
   QX76 = 0x51583736,  ///< extra parameters (VKProfileExtraParam)
 };
 
+namespace vkcl {
+
+/// Whether a tag's signature begins with "QX", as those of all private tags do.
+constexpr bool IsPrivateSignature(std::uint32_t signature) { return signature >> 16 == 0x5158; }
+
+}  // namespace vkcl
+
 /// One private tag in memory.
 ///
 /// The destructor releases `data`. Copies share the block: assignment is shallow by design, and

@@ -35,7 +35,9 @@ struct VKCLProfile::TypedRead {
 };
 
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static): asked of a profile
-int VKCLProfile::isVKCLPrivateTag(icTagSignature sig) const { return sig >> 16 == 0x5158u; }
+int VKCLProfile::isVKCLPrivateTag(icTagSignature sig) const {
+  return vkcl::IsPrivateSignature(sig) ? 1 : 0;
+}
 
 // Whether the tag's bytes lie within the file. The length that is known spares a question to the
 // system; a file that has grown since then is asked.

@@ -227,7 +227,7 @@ Json DescribePrivateTags(const VKCLProfileHandler& handler, const VKCLProfile& p
   std::unordered_set<std::uint32_t> seen;
   for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
     const std::uint32_t signature = profile.tagTable[i].sig;
-    if (signature >> 16 != 0x5158u) continue;
+    if (!IsPrivateSignature(signature)) continue;
     Json row = {
         {"signature", SignatureText(signature)},
         {"name", TitleOf(signature)},

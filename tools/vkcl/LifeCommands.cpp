@@ -173,7 +173,7 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
   }
   OpenedProfile profile(input, 0);
-  const auto isPrivate = [](const icTag& tag) { return tag.sig >> 16 == 0x5158u; };
+  const auto isPrivate = [](const icTag& tag) { return IsPrivateSignature(tag.sig); };
   const auto removed =
       std::count_if(profile.tagTable, profile.tagTable + profile.tagCount, isPrivate);
   if (removed == static_cast<std::ptrdiff_t>(profile.tagCount)) {

@@ -27,15 +27,6 @@ std::string Shortest(Number number) {
 
 }  // namespace
 
-std::string SignatureText(std::uint32_t signature) {
-  std::string text;
-  for (int shift = 24; shift >= 0; shift -= 8) {
-    const auto c = static_cast<unsigned char>(signature >> shift);
-    text += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
-  }
-  return text;
-}
-
 std::string Printable(std::string_view bytes) {
   std::string text;
   while (!bytes.empty()) {

@@ -1,14 +1,13 @@
-// Text for people: signatures, quoted strings, numbers.
+// Text for people: quoted strings, numbers, and signatures (SignatureText).
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace vkcl::tool {
+#include "profile/SignatureText.h"
 
-/// Four characters of a signature; what is not printable ASCII becomes "?".
-std::string SignatureText(std::uint32_t signature);
+namespace vkcl::tool {
 
 /// The bytes as they may safely go to a terminal: control characters, quotes and backslashes are
 /// escaped, and so are bytes that are no UTF-8.

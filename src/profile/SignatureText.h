@@ -1,0 +1,19 @@
+// Signatures as people read them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vkcl {
+
+/// Four characters of a signature; what is not printable ASCII becomes "?".
+inline std::string SignatureText(std::uint32_t signature) {
+  std::string text;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    const auto c = static_cast<unsigned char>(signature >> shift);
+    text += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
+  }
+  return text;
+}
+
+}  // namespace vkcl
