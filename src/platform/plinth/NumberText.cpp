@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 
@@ -110,6 +111,21 @@ bool NextWhole(std::string_view& text, int base, std::int64_t& number) {
   return true;
 }
 
+template <class Number>
+std::string Shortest(Number number) {
+  if (std::isnan(number)) return "nan";  // NaNs have signs, which say nothing
+  std::array<char, 32> buffer = {};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+  return {buffer.data(), result.ptr};
+}
+
+template <class Number>
+bool Whole(std::string_view text, Number& number) {
+  const char* last = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), last, number);
+  return result.ec == std::errc() && result.ptr == last;
+}
+
 }  // namespace
 
 std::string_view SkipSpace(std::string_view text) {
@@ -161,6 +177,12 @@ std::string IntegerText(std::int32_t number) {
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
   return {buffer.data(), result.ptr};
 }
+
+std::string ShortestText(float number) { return Shortest(number); }
+std::string ShortestText(double number) { return Shortest(number); }
+
+bool WholeNumber(std::string_view text, float& number) { return Whole(text, number); }
+bool WholeNumber(std::string_view text, double& number) { return Whole(text, number); }
 
 void AppendFixed(std::string& text, double number, int decimals) {
   std::array<char, 512> buffer;  // the largest double has 309 digits before the point

@@ -36,6 +36,14 @@ double NumberOf(std::string_view text);
 
 /// "%d"
 std::string IntegerText(std::int32_t number);
+/// The fewest digits that read back to the same number; "inf", "-inf" and "nan".
+std::string ShortestText(float number);
+std::string ShortestText(double number);
+/// Reads a text that is a number as a whole, rounded once. False for any other text, and for a
+/// number that is too large or, not being zero, too small.
+bool WholeNumber(std::string_view text, float& number);
+bool WholeNumber(std::string_view text, double& number);
+
 /// "%.6f" and its like.
 void AppendFixed(std::string& text, double number, int decimals);
 
