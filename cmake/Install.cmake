@@ -20,9 +20,10 @@ endif()
 
 set(vkcl_internal_headers
     colornames/Colorants.h colornames/LazyDefinitions.h handler/TagReading.h
-    inspect/Examination.h platform/Bytes.h platform/Guarded.h platform/OwnedText.h
-    platform/axml/XmlText.h platform/plinth/FileRewrite.h platform/plinth/HexText.h
-    platform/plinth/NumberText.h platform/plinth/ReplaceFile.h platform/plinth/SiblingFile.h
+    inspect/DocumentForms.h inspect/Examination.h inspect/JsonWriter.h inspect/RecordValue.h
+    platform/Bytes.h platform/Guarded.h platform/OwnedText.h
+    platform/axml/XmlText.h platform/plinth/Base64.h platform/plinth/FileRewrite.h platform/plinth/HexText.h
+    platform/plinth/NumberText.h platform/plinth/SiblingFile.h
     platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
     platform/profiler/ProfilerObjects.h vsd/VSDElements.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS

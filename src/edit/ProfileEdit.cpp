@@ -9,6 +9,7 @@
 
 #include "platform/Bytes.h"
 #include "platform/Guarded.h"
+#include "platform/plinth/ReplaceFile.h"
 #include "platform/plinth/SiblingFile.h"
 #include "platform/plinth/WholeFile.h"
 #include "profile/TableLayout.h"
@@ -175,6 +176,25 @@ EditState ProfileEdit::Begin(const AFilePath& profile, int channels, const Layou
   return handler_->IsICCFile() != 0 ? EditState::Open : EditState::NoCopy;
 }
 
+bool ProfileEdit::StoreTags(std::span<const TagChange> changes) noexcept {
+  if (state_ != EditState::Open) return false;
+  const bool stored = Guarded([&] {
+    // The copy is read before it is written.
+    Work& work = *work_;
+    if (!WriteChanged(*handler_->GetProfilePtr(), changes, work.copy->file())) return false;
+    const VKCLProfile after(work.copy->path(), work.before.channelCount);
+    if (!work.copy->file().setLength(after.header.size)) return false;
+    handler_ = std::make_unique<VKCLProfileHandler>(work.copy->path(), work.before.channelCount);
+    return handler_->IsICCFile() != 0;
+  });
+  arranged_ = arranged_ || !SuitsAnyWork(work_->before);
+  if (stored) return true;
+  state_ = EditState::NoCopy;
+  handler_.reset();
+  work_.reset();
+  return false;
+}
+
 std::uint64_t ProfileEdit::bytesNow() const {
   const std::int64_t length = work_ != nullptr && work_->copy ? work_->copy->file().length() : -1;
   return length > 0 ? static_cast<std::uint64_t>(length) : 0;
@@ -209,6 +229,13 @@ EditState ProfileEdit::Finish() {
   // Again, as late as can be: what others write from here on is lost.
   if (isChanged()) return EditState::Changed;
   return work.copy->takePlace() ? EditState::Done : EditState::NotPlaced;
+}
+
+bool WriteChangedCopy(const VKCLProfile& profile, std::span<const TagChange> changes,
+                      const AFilePath& to) noexcept {
+  return Guarded([&] {
+    return ReplaceFile(to, [&](AFile& file) { return WriteChanged(profile, changes, file); });
+  });
 }
 
 }  // namespace vkcl

@@ -8,10 +8,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 
 #include "handler/VKCLProfileHandler.h"
 #include "platform/Export.h"
 #include "platform/plinth/AFilePath.h"
+#include "profile/TagChange.h"
 
 namespace vkcl {
 
@@ -60,6 +62,11 @@ class VKCL_API ProfileEdit {
   /// The copy, while the state is Open; null otherwise. Do not write it by another object.
   VKCLProfileHandler* handler() { return handler_.get(); }
 
+  /// Writes the copy anew, in table order, with private tags stored as they are given, or removed;
+  /// see WriteChanged. `handler` is another one afterwards. False, and the edit has failed, when
+  /// that is not possible.
+  bool StoreTags(std::span<const TagChange> changes) noexcept;
+
   /// Length of the profile, and of the copy as it is now.
   std::uint64_t bytesBefore() const { return bytesBefore_; }
   std::uint64_t bytesNow() const;
@@ -83,5 +90,10 @@ class VKCL_API ProfileEdit {
   std::unique_ptr<Work> work_;
   std::unique_ptr<VKCLProfileHandler> handler_;
 };
+
+/// Writes a copy of a profile with private tags changed (WriteChanged) to `to`, which is created,
+/// or replaced in one step. False, and `to` as it was, when that is not possible.
+VKCL_API bool WriteChangedCopy(const VKCLProfile& profile, std::span<const TagChange> changes,
+                               const AFilePath& to) noexcept;
 
 }  // namespace vkcl

@@ -1,6 +1,9 @@
 #include "profile/TagLayout.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -8,6 +11,7 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/WholeFile.h"
+#include "privatetags/ParameterRecords.h"
 #include "profile/TableLayout.h"
 
 namespace vkcl {
@@ -56,6 +60,78 @@ bool CanBeRebuiltFrom(std::span<const icTag> table, std::size_t index, std::uint
   return PaddedEndOf(table.back()) == size;
 }
 
+// A tag on its way into a new file.
+struct Piece {
+  std::uint32_t signature;
+  std::span<const char> bytes;
+  bool isWhole;  // all of it is there
+};
+
+std::vector<Piece> PiecesOf(const VKCLProfile& profile, const FileContent& source) {
+  std::vector<Piece> pieces;
+  for (const icTag& tag : TableOf(profile)) {
+    const bool isWhole = EndOf(tag) <= source.size;
+    pieces.push_back(
+        {tag.sig,
+         isWhole ? std::span(source.bytes.get() + tag.offset, tag.size) : std::span<const char>(),
+         isWhole});
+  }
+  return pieces;
+}
+
+std::size_t IndexOf(const std::vector<Piece>& pieces, const TagChange& change) {
+  std::uint32_t seen = 0;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    if (pieces[i].signature == change.signature && ++seen == change.occurrence) return i;
+  }
+  return pieces.size();
+}
+
+void Apply(std::span<const TagChange> changes, std::vector<Piece>& pieces) {
+  std::vector<std::size_t> removed;
+  for (const TagChange& change : changes) {
+    const std::size_t index = IndexOf(pieces, change);
+    if (change.remove) {
+      removed.push_back(index);
+    } else if (index < pieces.size()) {
+      pieces[index] = {change.signature, change.element, true};
+    } else {
+      pieces.push_back({change.signature, change.element, true});
+    }
+  }
+  std::sort(removed.begin(), removed.end(), std::greater<>());
+  for (const std::size_t index : removed) {
+    if (index < pieces.size()) pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(index));
+  }
+}
+
+std::uint64_t LengthOf(std::span<const TagChange> changes) {
+  std::uint64_t length = 0;
+  for (const TagChange& change : changes) length += PadTo4(change.element.size());
+  return length;
+}
+
+// The colour mode in a tag of colour parameters; 0 where it is too short for one.
+std::int32_t ColorModeIn(std::span<const char> element) {
+  constexpr std::size_t kColorMode = kDataHead + offsetof(VKColorParam, ColorMode);
+  std::int32_t mode = 0;
+  if (element.size() >= kColorMode + sizeof mode) {
+    std::memcpy(&mode, element.data() + kColorMode, sizeof mode);
+  }
+  return mode;
+}
+
+// The colour mode that takes the place of another one; 0 when none does.
+std::int32_t NewColorMode(const std::vector<Piece>& pieces, std::span<const TagChange> changes) {
+  for (const TagChange& change : changes) {
+    const std::size_t index = IndexOf(pieces, change);
+    if (change.signature != QX53 || change.remove || index == pieces.size()) continue;
+    const std::int32_t mode = ColorModeIn(change.element);
+    if (mode != ColorModeIn(pieces[index].bytes)) return mode;
+  }
+  return 0;
+}
+
 std::uint64_t LengthOf(const AFilePath& path) {
   AFile file;
   const std::int64_t length = file.open(path, AFile::Read) ? file.length() : -1;
@@ -88,28 +164,41 @@ bool TagDataSuitAppending(const VKCLProfile& profile) {
                            PaddedEndOf(table.back()) == profile.header.size);
 }
 
-bool WriteArranged(const VKCLProfile& profile, AFile& to) {
+bool WriteArranged(const VKCLProfile& profile, AFile& to) { return WriteChanged(profile, {}, to); }
+
+bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes, AFile& to) {
   if (profile.isValidICC() == 0 || profile.tagTable == nullptr) return false;
   return Guarded([&] {
     const FileContent source = ReadWholeFile(profile.filePath);
     if (!source.bytes) return false;
-    std::vector<icTag> table(profile.tagTable, profile.tagTable + profile.tagCount);
+    std::vector<Piece> pieces = PiecesOf(profile, source);
+    VKCLProfile changed(profile);
+    changed.filePath = AFilePath();  // the file is not this object's to remove
+    changed.UpdateHeaderColorSpace(NewColorMode(pieces, changes));
+    Apply(changes, pieces);
+    const bool isWhole =
+        std::all_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.isWhole; });
+    if (!isWhole || pieces.empty()) return false;
+    std::vector<icTag> table;
     std::vector<host::Slice> slices(1);  // the head, when it is known
-    std::uint64_t position = RegionStart(table);
+    std::uint64_t position = TableEnd(pieces.size());
     const char zeros[4] = {};
-    for (icTag& tag : table) {
-      if (EndOf(tag) > source.size || position > UINT32_MAX) return false;
-      slices.push_back({source.bytes.get() + tag.offset, tag.size});
-      slices.push_back({zeros, static_cast<std::size_t>(PadTo4(tag.size) - tag.size)});
-      tag.offset = static_cast<std::uint32_t>(position);
-      position += PadTo4(tag.size);
+    for (const Piece& piece : pieces) {
+      if (position > UINT32_MAX || piece.bytes.size() > UINT32_MAX) return false;
+      const auto size = static_cast<std::uint32_t>(piece.bytes.size());
+      slices.push_back({piece.bytes.data(), size});
+      slices.push_back({zeros, static_cast<std::size_t>(PadTo4(size) - size)});
+      table.push_back({static_cast<icTagSignature>(piece.signature),
+                       static_cast<std::uint32_t>(position), size});
+      position += PadTo4(size);
     }
     // Tags that share a block are given one each; hundreds of tags on one block are no profile.
     constexpr std::uint64_t kMostGrowth = 16;
-    if (position > UINT32_MAX || position > kMostGrowth * source.size) return false;
-    icHeader header = profile.header;
-    header.size = static_cast<std::uint32_t>(position);
-    const std::vector<char> head = VKCLProfile::BuildHead(header, table);
+    if (position > UINT32_MAX || position > kMostGrowth * source.size + LengthOf(changes)) {
+      return false;
+    }
+    changed.header.size = static_cast<std::uint32_t>(position);
+    const std::vector<char> head = VKCLProfile::BuildHead(changed.header, table);
     slices.front() = {head.data(), head.size()};
     return to.writeAt(0, slices) == position;
   });

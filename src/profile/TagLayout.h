@@ -6,9 +6,12 @@
 // and bring the profile into order with ArrangeTagData where the answer is no.
 #pragma once
 
+#include <span>
+
 #include "platform/Export.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
+#include "profile/TagChange.h"
 #include "profile/VKCLProfile.h"
 
 namespace vkcl {
@@ -32,5 +35,12 @@ VKCL_API bool TagDataSuitAppending(const VKCLProfile& profile);
 VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
 /// The same into an open, empty file, which may be left half written on failure.
 VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
+/// The same with private tags changed on the way: an entry that there is keeps its place in the
+/// table, others are put behind it in the order of `changes`. The header stays as it is, but where
+/// other colour parameters take the place of stored ones it follows their colour mode
+/// (VKCLProfile::UpdateHeaderColorSpace). Only a tag that is changed may be damaged. False, too,
+/// when no tag is left.
+VKCL_API bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes,
+                           AFile& to);
 
 }  // namespace vkcl

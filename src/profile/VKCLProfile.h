@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -35,7 +36,9 @@ class VKCLProfile;
 namespace vkcl {
 struct FilePiece;
 struct ProfilePeer;
-VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
+struct TagChange;
+VKCL_API bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes,
+                           AFile& to);
 }  // namespace vkcl
 
 class VKCL_API VKCLProfile {
@@ -128,7 +131,8 @@ class VKCL_API VKCLProfile {
 
  private:
   friend struct vkcl::ProfilePeer;
-  friend bool vkcl::WriteArranged(const VKCLProfile& profile, AFile& to);
+  friend bool vkcl::WriteChanged(const VKCLProfile& profile,
+                                 std::span<const vkcl::TagChange> changes, AFile& to);
 
   void Load();
   static void ReverseICCHeader(icHeader* h);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string_view>
 
+#include "platform/Export.h"
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 
@@ -17,7 +18,7 @@ namespace vkcl {
 ///
 /// False when a step failed, `write` said so, or the path names something that is no regular file
 /// or may not be written: then the old file is as it was, and the new one is removed.
-bool ReplaceFile(const AFilePath& path, const std::function<bool(AFile& file)>& write);
-bool ReplaceFile(const AFilePath& path, std::string_view content);
+VKCL_API bool ReplaceFile(const AFilePath& path, const std::function<bool(AFile& file)>& write);
+VKCL_API bool ReplaceFile(const AFilePath& path, std::string_view content);
 
 }  // namespace vkcl
