@@ -35,6 +35,20 @@ else()
   set_target_properties(vkcl_pugixml PROPERTIES POSITION_INDEPENDENT_CODE ON)
 endif()
 
+# nlohmann-json (headers only), behind the documents of src/inspect.
+if(NOT FETCHCONTENT_SOURCE_DIR_NLOHMANN_JSON)
+  find_package(nlohmann_json QUIET)
+endif()
+add_library(vkcl_json INTERFACE)
+if(TARGET nlohmann_json::nlohmann_json)
+  target_link_libraries(vkcl_json INTERFACE nlohmann_json::nlohmann_json)
+else()
+  vkcl_source(nlohmann_json "https://github.com/nlohmann/json/archive/refs/tags/v3.11.2.tar.gz"
+              include/nlohmann/json.hpp nlohmann-json3-dev)
+  target_include_directories(vkcl_json SYSTEM INTERFACE
+                             "$<BUILD_INTERFACE:${nlohmann_json_SOURCE_DIR}/include>")
+endif()
+
 if(VKCL_PROFILER_LIBRARY AND NOT VKCL_BUILD_TESTS AND NOT VKCL_BUILD_EXAMPLES)
   return()  # nobody asks for Little CMS 2
 endif()

@@ -123,6 +123,31 @@ def make_documents(folder):
     (folder / "ICC" / "plain.icc").write_bytes(profile([(b"cprt", b"text\0\0\0\0by hand\0")]))
 
 
+def make_private_documents(folder):
+    """Documents of private tags as people edit them, right and wrong."""
+    start = '{"format": "vkcl-private-tags", "formatVersion": 1, "tags": '
+    documents = {
+        "edit": '{"QX75": {"text": "soft"}, "QX74": {"value": 3}, "QX51": null,'
+                '"QX68": {"limits": [75, 82.5], "name": "Spot", "version": 1},'
+                '"QX99": {"payload": ["AAEC"]}}}',
+        "element": '{"QX99": {"element": ["Zm9v"]}}}',
+        "size": '{"QX76": {"version": 1, "value": 5}, "QX51": {"version": 1, "size": 9, "count": 16,'
+                '"limits": [1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16]}}}',
+        "no_field": '{"QX74": {"valeu": 1}}}',
+        "no_value": '{"QX76": {"version": 1}}}',
+        "no_tag": '{"cprt": {"payload": []}}}',
+        "too_many": '{"QX51": {"version": 1, "size": 140, "count": 16, "limits": [1, 2]}}}',
+        "wide": '{"QX74": {"value": 4294967296}}}',
+        "count": '{"QX68": {"version": 1, "count": 3, "name": "S", "limits": [1, 2]}}}',
+        "hostile": '{"QX5\\u001b[31m": {"payload": []}}}',
+        "cut": '{"QX74": {"value": 4',
+    }
+    for name, tags in documents.items():
+        (folder / f"{name}.json").write_text(start + tags, "utf-8")
+    (folder / "array.json").write_text("[1]", "utf-8")
+    (folder / "other.json").write_text('{"format": "other"}', "utf-8")
+
+
 def make_installation(folder, tool):
     (folder / "Bin").mkdir()
     shutil.copy(tool, folder / "Bin" / "vkcl")
@@ -134,6 +159,7 @@ def make_installation(folder, tool):
 def make_files(folder, real):
     make_own(folder)
     make_documents(folder)
+    make_private_documents(folder)
     text = b"text\0\0\0\0made by hand\0"
     (folder / "plain.icc").write_bytes(profile([(b"cprt", text)]))
     (folder / "gap.icc").write_bytes(profile([(b"cprt", text)], gap=8))

@@ -17,17 +17,17 @@ Result ChangeInPlace(const std::string& path, int channels, const LayoutTest& su
       "its tag data do not lie in table order; without --in-place a copy in order takes its place");
 }
 
+constexpr const char* kDryRunInPlace = "--dry-run works on a copy, not --in-place";
+
 std::string Sizes(const ProfileEdit& edit) {
   return fmt::format("nothing is changed; {} bytes would become {}", edit.bytesBefore(),
                      edit.bytesNow());
 }
 
-}  // namespace
-
-Result ChangeProfile(const std::string& path, int channels, const LayoutTest& suits,
-                     const ChangeOptions& options, const Operation& operation) {
-  if (options.inPlace && options.dryRun) return Usage("--dry-run works on a copy, not --in-place");
-  if (options.inPlace) return ChangeInPlace(path, channels, suits, operation);
+// Does `work` on the copy of an edit, and puts that in its place.
+template <class Work>
+Result Edit(const std::string& path, int channels, const LayoutTest& suits,
+            const ChangeOptions& options, const Work& work) {
   using HardLinks = ProfileEdit::HardLinks;
   ProfileEdit edit(AFilePath(path), channels, suits,
                    options.hardLinks ? HardLinks::Replace : HardLinks::Refuse);
@@ -35,12 +35,36 @@ Result ChangeProfile(const std::string& path, int channels, const LayoutTest& su
     const char* hint = edit.state() == EditState::HardLinked ? "; --hard-links edits it alone" : "";
     return Refused(fmt::format("{}{}", EditStateText(edit.state()), hint));
   }
-  Result result = operation(*edit.handler());
+  Result result = work(edit);
   if (result.outcome != Outcome::Done) return result;
   if (edit.wasArranged()) result.message += "; its tag data were brought into table order first";
   if (options.dryRun) return Done(fmt::format("{}: {}", Sizes(edit), result.message));
   const EditState state = edit.Commit();
   return state == EditState::Done ? result : Refused(EditStateText(state));
+}
+
+}  // namespace
+
+Result ChangeProfile(const std::string& path, int channels, const LayoutTest& suits,
+                     const ChangeOptions& options, const Operation& operation) {
+  if (options.inPlace && options.dryRun) return Usage(kDryRunInPlace);
+  if (options.inPlace) return ChangeInPlace(path, channels, suits, operation);
+  return Edit(path, channels, suits, options,
+              [&](ProfileEdit& edit) { return operation(*edit.handler()); });
+}
+
+Result ChangeTags(const std::string& path, std::span<const TagChange> changes,
+                  const ChangeOptions& options, const std::string& done, const Operation& inPlace) {
+  // The tags are written in table order whatever the layout.
+  const LayoutTest any = [](const VKCLProfile&) { return true; };
+  if (options.inPlace && options.dryRun) return Usage(kDryRunInPlace);
+  if (options.inPlace) return ChangeInPlace(path, kAnyChannels, any, inPlace);
+  return Edit(path, kAnyChannels, any, options, [&](ProfileEdit& edit) {
+    if (edit.StoreTags(changes)) return Done(done);
+    return Refused(
+        "the copy could not be written: a tag is not wholly in the file, no tag would be left, or "
+        "the disk is full");
+  });
 }
 
 }  // namespace vkcl::tool

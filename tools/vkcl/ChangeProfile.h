@@ -2,10 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 
 #include "Outcome.h"
 #include "handler/VKCLProfileHandler.h"
+#include "profile/TagChange.h"
 
 namespace vkcl::tool {
 
@@ -24,5 +26,10 @@ struct ChangeOptions {
 /// where `suits` says that the store would damage a tag of the profile as it lies.
 Result ChangeProfile(const std::string& path, int channels, const LayoutTest& suits,
                      const ChangeOptions& options, const Operation& operation);
+
+/// Stores and removes whole private tags; says `done` when that is done. `inPlace` is the operation
+/// that does the same in the file where it lies.
+Result ChangeTags(const std::string& path, std::span<const TagChange> changes,
+                  const ChangeOptions& options, const std::string& done, const Operation& inPlace);
 
 }  // namespace vkcl::tool

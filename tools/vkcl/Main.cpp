@@ -14,6 +14,7 @@
 #include "ColorCommands.h"
 #include "DataCommands.h"
 #include "Describe.h"
+#include "DocumentCommands.h"
 #include "InfoText.h"
 #include "LifeCommands.h"
 #include "Set.h"
@@ -90,6 +91,7 @@ class Verbs {
     AddSplit();
     AddVsd();
     AddCheck();
+    AddDocument();
   }
   int code() const { return code_; }
 
@@ -224,6 +226,32 @@ class Verbs {
     verb->add_option("OUT", other_, "The copy, which must not exist")->required();
   }
 
+  void AddDocument() {
+    CLI::App* verb = Add("dump", "Write the private tags as a document, field by field",
+                         "vkcl dump press.icc QX51 ColorParam\n"
+                         "  vkcl dump --json press.icc -o press.json",
+                         [this] {
+                           const auto result = vkcl::tool::Dump(dump_);
+                           if (!result.message.empty()) Tell(dump_.file, result);
+                         });
+    AddFile(verb, dump_.file);
+    verb->add_option("TAG", dump_.tags,
+                     "Only these tags: QX53, QX53#2 for a second one, or ColorParam");
+    verb->add_flag("--json", dump_.json, "As JSON, complete and exact: what apply reads");
+    verb->add_option("-o,--output", dump_.output, "Write this file");
+    verb->add_flag("--force", dump_.force, "Replace an existing file");
+
+    verb = Add("apply", "Store the private tags of a document",
+               "vkcl apply press.icc press.json\n"
+               "  vkcl apply standard.icc press.json --output ours.icc",
+               [this] { Tell(apply_.file, vkcl::tool::Apply(apply_, how_)); });
+    AddFile(verb, apply_.file);
+    verb->add_option("DOCUMENT", apply_.document, "A JSON document, as dump writes it")->required();
+    verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile");
+    verb->add_flag("--force", apply_.force, "Replace an existing copy");
+    AddHow(verb);
+  }
+
   void AddVsd() {
     CLI::App* vsd = app_.add_subcommand("vsd", "The VSD document beside a profile");
     vsd->add_option("FILE", file_, "The document, or a profile that has one beside it");
@@ -307,6 +335,8 @@ class Verbs {
   InfoOptions info_;
   vkcl::tool::SplitOptions split_;
   SetOptions set_;
+  vkcl::tool::DumpOptions dump_;
+  vkcl::tool::ApplyOptions apply_;
   std::string file_;
   std::string other_;
   std::string kind_;

@@ -5,6 +5,9 @@
 
 namespace vkcl::tool {
 
+/// Opens profiles of any colour space, for work that no channel takes part in.
+inline constexpr int kAnyChannels = 3;
+
 /// A profile whose file outlives the object. The library removes a file named ".tmp" with the
 /// object on it, for hosts that load temporary copies; a tool that is shown a file must not.
 class OpenedProfile : public VKCLProfile {
