@@ -21,6 +21,7 @@
 #include "SplitCommands.h"
 #include "Text.h"
 #include "VsdCommands.h"
+#include "inspect/SchemaText.h"
 
 namespace {
 
@@ -250,6 +251,12 @@ class Verbs {
     verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile");
     verb->add_flag("--force", apply_.force, "Replace an existing copy");
     AddHow(verb);
+
+    verb = Add(
+        "schema", "Describe the documents, or the tags and their fields",
+        "vkcl schema > profile-document.schema.json\n  vkcl schema --markdown > tags.md",
+        [this] { fmt::print("{}", markdown_ ? vkcl::TagReference() : vkcl::DocumentSchema()); });
+    verb->add_flag("--markdown", markdown_, "The tags, as Markdown, instead of a JSON Schema");
   }
 
   void AddVsd() {
@@ -344,6 +351,7 @@ class Verbs {
   bool force_ = false;
   bool values_ = false;
   bool json_ = false;
+  bool markdown_ = false;
   int code_ = 0;
 };
 
