@@ -20,7 +20,8 @@ endif()
 
 set(vkcl_internal_headers
     colornames/Colorants.h colornames/LazyDefinitions.h handler/TagReading.h
-    inspect/DocumentForms.h inspect/Examination.h inspect/JsonWriter.h inspect/RecordValue.h
+    inspect/DocumentForms.h inspect/Examination.h inspect/JsonWriter.h inspect/RecordDiff.h
+    inspect/RecordValue.h
     platform/Bytes.h platform/Guarded.h platform/OwnedText.h
     platform/axml/XmlText.h platform/plinth/Base64.h platform/plinth/FileRewrite.h platform/plinth/HexText.h
     platform/plinth/NumberText.h platform/plinth/SiblingFile.h

@@ -14,6 +14,7 @@
 #include "ColorCommands.h"
 #include "DataCommands.h"
 #include "Describe.h"
+#include "DiffCommand.h"
 #include "DocumentCommands.h"
 #include "InfoText.h"
 #include "LifeCommands.h"
@@ -93,6 +94,7 @@ class Verbs {
     AddVsd();
     AddCheck();
     AddDocument();
+    AddDiff();
   }
   int code() const { return code_; }
 
@@ -259,6 +261,19 @@ class Verbs {
     verb->add_flag("--markdown", markdown_, "The tags, as Markdown, instead of a JSON Schema");
   }
 
+  void AddDiff() {
+    CLI::App* verb =
+        Add("diff", "Say what two profiles differ in", "vkcl diff monday.icc tuesday.icc", [this] {
+          const auto result = vkcl::tool::Diff(diff_);
+          code_ = static_cast<int>(result.outcome);
+          if (!result.message.empty()) Tell({}, result);
+        });
+    verb->add_option("BEFORE", diff_.before, "A profile")->required();
+    verb->add_option("AFTER", diff_.after, "Another one")->required();
+    verb->add_flag("--json", diff_.json, "As a JSON array with an object for each difference");
+    verb->add_flag("--all", diff_.all, "Every difference, not only the first of each tag");
+  }
+
   void AddVsd() {
     CLI::App* vsd = app_.add_subcommand("vsd", "The VSD document beside a profile");
     vsd->add_option("FILE", file_, "The document, or a profile that has one beside it");
@@ -342,6 +357,7 @@ class Verbs {
   InfoOptions info_;
   vkcl::tool::SplitOptions split_;
   SetOptions set_;
+  vkcl::tool::DiffOptions diff_;
   vkcl::tool::DumpOptions dump_;
   vkcl::tool::ApplyOptions apply_;
   std::string file_;
