@@ -38,28 +38,6 @@ constexpr Named kClasses[] = {
     {icSigNamedColorClass, "named colours"},
 };
 
-// Private tags that are no fixed record; the fixed ones have their titles in Records.cpp.
-constexpr Named kTitles[] = {
-    {QX50, "ink split"},
-    {QX54, "linearisation measurement"},
-    {QX55, "linearisation reference"},
-    {QX56, "gray-balance measurement"},
-    {QX57, "gray-balance reference"},
-    {QX58, "embedded file 0 (TRC)"},
-    {QX59, "characterisation measurement"},
-    {QX60, "characterisation reference"},
-    {QX61, "embedded file 1"},
-    {QX62, "embedded file 2"},
-    {QX63, "embedded file 3"},
-    {QX65, "embedded file 4"},
-    {QX66, "dither"},
-    {QX68, "spot-colour ink limits"},
-    {QX69, "spot-colour linearisation links"},
-    {QX71, "VSD sidecar file"},
-    {QX72, "linearisation reference, second form"},
-    {QX73, "linearisation output"},
-};
-
 constexpr const char* kStateNames[] = {
     "none",         "ink limits",       "ink split",        "linearisation", "multiple ink limits",
     "gray balance", "characterisation", "finished profile",
@@ -168,7 +146,7 @@ Json DescribeContent(const VKCLProfileHandler& handler, const VKCLProfile& profi
   if (const RecordType* record = FindRecord(signature)) return DescribeRecord(handler, *record);
   if (signature == QX50) return DescribeSplit(profile);
   if (signature == QX68) return DescribeSpotLimits(handler);
-  if (NameOf(kTitles, signature, nullptr) == nullptr) return Json::object();  // nobody knows it
+  if (FindTagSchema(signature) == nullptr) return Json::object();  // nobody knows it
   VKPrivateTag tag;
   if (!ReadPayload(profile, signature, tag)) return {{"readable", false}};
   switch (signature) {
@@ -277,8 +255,8 @@ Json DescribeState(const VKCLProfileHandler& handler) {
 }  // namespace
 
 std::string TitleOf(std::uint32_t signature) {
-  const RecordType* record = FindRecord(static_cast<VKPrivateTagSignature>(signature));
-  return record != nullptr ? record->title : NameOf(kTitles, signature, "unknown");
+  const TagSchema* schema = FindTagSchema(signature);
+  return schema != nullptr ? schema->title : "unknown";
 }
 
 std::string StateName(int state) {

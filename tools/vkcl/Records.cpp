@@ -12,65 +12,32 @@
 namespace vkcl::tool {
 namespace {
 
-constexpr Field Int(const char* name, std::size_t offset, bool settable = true) {
-  return {name, FieldKind::Int32, offset, 4, 1, settable};
-}
-constexpr Field Text(const char* name, std::size_t offset, std::size_t width = 128) {
-  return {name, FieldKind::Text, offset, width, 1, true};
-}
-
-constexpr bool kShownOnly = false;
-
-constexpr Field kColorFields[] = {
-    Int("version", offsetof(VKColorParam, version), kShownOnly),
-    Int("size", offsetof(VKColorParam, size), kShownOnly),
-    Int("status", offsetof(VKColorParam, status)),
-    Int("MediaID", offsetof(VKColorParam, MediaID)),
-    Text("Make", offsetof(VKColorParam, Make)),
-    Text("Model", offsetof(VKColorParam, Model)),
-    Text("MediaName", offsetof(VKColorParam, MediaName)),
-    Int("ResolutionID", offsetof(VKColorParam, ResolutionID)),
-    {"ResolutionX", FieldKind::Float32, offsetof(VKColorParam, ResolutionX), 4, 1, true},
-    {"ResolutionY", FieldKind::Float32, offsetof(VKColorParam, ResolutionY), 4, 1, true},
-    Int("ColorMode", offsetof(VKColorParam, ColorMode)),
-    Int("DriverColorMode", offsetof(VKColorParam, DriverColorMode)),
-    Int("DitherMethod", offsetof(VKColorParam, DitherMethod)),
-    Int("PrintMode", offsetof(VKColorParam, PrintMode)),
-    {"DriverOption", FieldKind::Hex, offsetof(VKColorParam, DriverOption), 256, 1, true},
-};
-
-constexpr Field kSingleLimitFields[] = {
-    Int("version", 0, kShownOnly),
-    Int("size", 4, kShownOnly),
-    Int("count", 8, kShownOnly),
-    {"limits", FieldKind::Float64, offsetof(VKSingleInkLimitWithLinRef, limits), 8, 16, true},
-};
-
-// The version is not settable: storing the record decides it.
-constexpr Field kMultiLimitFields[] = {
-    Int("version", 0, kShownOnly),
-    Int("size", 4, kShownOnly),
-    Int("count", 8, kShownOnly),
-    {"limits", FieldKind::Float64, offsetof(VKMultiInklimit, limits), 8, 36, true},
-};
-
-constexpr Field kFlagFields[] = {Int("value", 0)};
-
-constexpr Field kCompatibilityFields[] = {{"bytes", FieldKind::Hex, 0, 64, 1, true}};
-
-constexpr Field kLinExtraFields[] = {
-    Int("version", 0, kShownOnly),
-    Text("text", offsetof(VKLinExtraDataParam, text), 129),
-    Int("value", offsetof(VKLinExtraDataParam, value)),
-    {"blockA", FieldKind::Hex, offsetof(VKLinExtraDataParam, blockA), 144, 1, true},
-    {"blockB", FieldKind::Hex, offsetof(VKLinExtraDataParam, blockB), 288, 1, true},
-};
-
-constexpr Field kExtraFields[] = {Int("version", 0, kShownOnly), Int("value", 4)};
-
 // The text of any length is shown and set by itself; the length here bounds what a caller types.
 constexpr std::size_t kLongestChromaText = 65536;
-constexpr Field kChromaFields[] = {Text("text", 0, kLongestChromaText)};
+
+Field FieldOf(const FieldSchema& schema, std::size_t offset) {
+  const bool isBlock = schema.type == FieldType::Text || schema.type == FieldType::Bytes;
+  const bool isFixed = schema.amount.kind == Amount::Kind::Constant;
+  const std::size_t amount = isFixed ? schema.amount.number : kLongestChromaText;
+  return {schema.name,
+          schema.type,
+          offset,
+          isBlock ? amount : SizeOf(schema.type),
+          schema.shape == FieldShape::List ? amount : 1,
+          !schema.frames};
+}
+
+// The fields of a fixed record that are shown and set by name.
+std::vector<Field> FieldsOf(const TagSchema& tag) {
+  std::vector<Field> fields;
+  std::size_t offset = 0;
+  for (const FieldSchema& schema : tag.fields) {
+    const Field field = FieldOf(schema, offset);
+    if (!schema.reserved) fields.push_back(field);
+    offset += field.length * field.elements;
+  }
+  return fields;
+}
 
 template <class Record>
 Image ImageOf(const Record& record) {
@@ -151,34 +118,45 @@ using Handler = VKCLProfileHandler;
 constexpr bool kAsImage = false;
 constexpr bool kAsText = true;
 
-const RecordType kRecordTypes[] = {
-    {"SingleInkLimit", "single ink limits", QX51, kAsImage, kSingleLimitFields,
-     MakeDefault<VKSingleInkLimitWithLinRef>,
+// What the schema does not say of a record: how it goes through the handler.
+struct Access {
+  VKPrivateTagSignature signature;
+  bool isText;
+  Image (*make)();
+  int (*get)(const VKCLProfileHandler& handler, Image& image);
+  int (*put)(VKCLProfileHandler& handler, const Image& image);
+};
+
+constexpr Access kAccess[] = {
+    {QX51, kAsImage, MakeDefault<VKSingleInkLimitWithLinRef>,
      GetImage<VKSingleInkLimitWithLinRef, &Handler::GetVKSingleInkLimitWithLinRef>,
      PutImage<VKSingleInkLimitWithLinRef, &Handler::WriteSILWithLinTag>},
-    {"MultiInkLimit", "multiple ink limits", QX52, kAsImage, kMultiLimitFields,
-     MakeDefault<VKMultiInklimit>, GetMulti, PutMulti},
-    {"ColorParam", "colour parameters", QX53, kAsImage, kColorFields, MakeDefault<VKColorParam>,
-     GetImage<VKColorParam, &Handler::GetVKColorParam>,
+    {QX52, kAsImage, MakeDefault<VKMultiInklimit>, GetMulti, PutMulti},
+    {QX53, kAsImage, MakeDefault<VKColorParam>, GetImage<VKColorParam, &Handler::GetVKColorParam>,
      PutImage<VKColorParam, &Handler::WriteVKColorParamTag>},
-    {"CMStoDither", "colour management to dither", QX64, kAsImage, kFlagFields, MakeDefault<int>,
-     GetFlag<&Handler::IsCMStoDither>, PutDitherFlag},
-    {"Compatibility", "compatibility block", QX67, kAsImage, kCompatibilityFields,
-     MakeDefault<VKCompatibilityParam>,
+    {QX64, kAsImage, MakeDefault<int>, GetFlag<&Handler::IsCMStoDither>, PutDitherFlag},
+    {QX67, kAsImage, MakeDefault<VKCompatibilityParam>,
      GetImage<VKCompatibilityParam, &Handler::GetVKCompatibilityParam>,
      PutImage<VKCompatibilityParam, &Handler::WriteVKCompatibilityParam>},
-    {"LinExtraData", "linearisation extra data", QX70, kAsImage, kLinExtraFields,
-     MakeDefault<VKLinExtraDataParam>, GetImage<VKLinExtraDataParam, &Handler::GetVKLinExtraData>,
+    {QX70, kAsImage, MakeDefault<VKLinExtraDataParam>,
+     GetImage<VKLinExtraDataParam, &Handler::GetVKLinExtraData>,
      PutImage<VKLinExtraDataParam, &Handler::WriteVKLinExtraData>},
-    {"Wizard", "wizard flag", QX74, kAsImage, kFlagFields, MakeDefault<int>,
-     GetFlag<&Handler::IsWizardICC>, PutWizardFlag},
-    {"ChromaAdjust", "chroma adjustment", QX75, kAsText, kChromaFields, MakeText, GetChroma,
-     PutChroma},
-    {"ProfileExtra", "extra parameters", QX76, kAsImage, kExtraFields,
-     MakeDefault<VKProfileExtraParam>,
+    {QX74, kAsImage, MakeDefault<int>, GetFlag<&Handler::IsWizardICC>, PutWizardFlag},
+    {QX75, kAsText, MakeText, GetChroma, PutChroma},
+    {QX76, kAsImage, MakeDefault<VKProfileExtraParam>,
      GetImage<VKProfileExtraParam, &Handler::GetVKProfileExtraParam>,
      PutImage<VKProfileExtraParam, &Handler::WriteVKProfileExtraParam>},
 };
+
+std::vector<RecordType> MakeRecordTypes() {
+  std::vector<RecordType> types;
+  for (const Access& access : kAccess) {
+    const TagSchema& tag = *FindTagSchema(access.signature);
+    types.push_back({tag.name, tag.title, tag.signature, access.isText, FieldsOf(tag), access.make,
+                     access.get, access.put});
+  }
+  return types;
+}
 
 template <class Number>
 Number Load(const Image& image, std::size_t offset) {
@@ -189,12 +167,12 @@ Number Load(const Image& image, std::size_t offset) {
 
 nlohmann::ordered_json ElementValue(const Field& field, const Image& image, std::size_t offset) {
   switch (field.kind) {
-    case FieldKind::Int32: return Load<std::int32_t>(image, offset);
-    case FieldKind::Float32: return RealValue(Load<float>(image, offset));
-    case FieldKind::Float64: return RealValue(Load<double>(image, offset));
-    case FieldKind::Text:
+    case FieldType::Int32: return Load<std::int32_t>(image, offset);
+    case FieldType::Float32: return RealValue(Load<float>(image, offset));
+    case FieldType::Float64: return RealValue(Load<double>(image, offset));
+    case FieldType::Text:
       return Utf8(FieldText(image.data() + offset, std::min(field.length, image.size() - offset)));
-    case FieldKind::Hex: break;
+    default: break;
   }
   return HexText(reinterpret_cast<const unsigned char*>(image.data()) + offset, field.length);
 }
@@ -243,26 +221,26 @@ std::string SetElement(const Field& field, const std::string& text, char* place)
   float single = 0;
   double real = 0;
   switch (field.kind) {
-    case FieldKind::Int32:
+    case FieldType::Int32:
       if (!ParseInt(text, whole)) return "takes a whole number of 32 bits";
       std::memcpy(place, &whole, sizeof whole);
       return {};
-    case FieldKind::Float32:
+    case FieldType::Float32:
       if (!ParseReal(text, single)) return "takes a number";
       std::memcpy(place, &single, sizeof single);
       return {};
-    case FieldKind::Float64:
+    case FieldType::Float64:
       if (!ParseReal(text, real)) return "takes a number";
       std::memcpy(place, &real, sizeof real);
       return {};
-    case FieldKind::Text:
+    case FieldType::Text:
       if (text.size() >= field.length) {
         return fmt::format("takes at most {} bytes of text", field.length - 1);
       }
       std::memset(place, 0, field.length);
       std::memcpy(place, text.data(), text.size());
       return {};
-    case FieldKind::Hex: break;
+    default: break;
   }
   return SetHex(field, text, place);
 }
@@ -281,17 +259,20 @@ std::vector<std::string> SplitAtCommas(const std::string& text) {
 
 }  // namespace
 
-std::span<const RecordType> RecordTypes() { return kRecordTypes; }
+std::span<const RecordType> RecordTypes() {
+  static const std::vector<RecordType> types = MakeRecordTypes();
+  return types;
+}
 
 const RecordType* FindRecord(const std::string& name) {
-  for (const RecordType& record : kRecordTypes) {
+  for (const RecordType& record : RecordTypes()) {
     if (record.name == name) return &record;
   }
   return nullptr;
 }
 
 const RecordType* FindRecord(VKPrivateTagSignature signature) {
-  for (const RecordType& record : kRecordTypes) {
+  for (const RecordType& record : RecordTypes()) {
     if (record.signature == signature) return &record;
   }
   return nullptr;

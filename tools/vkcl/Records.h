@@ -8,14 +8,13 @@
 #include <vector>
 
 #include "handler/VKCLProfileHandler.h"
+#include "inspect/TagSchema.h"
 
 namespace vkcl::tool {
 
-enum class FieldKind { Int32, Float32, Float64, Text, Hex };
-
 struct Field {
   const char* name;
-  FieldKind kind;
+  FieldType kind;        ///< blocks of bytes are written in hexadecimal digits
   std::size_t offset;    ///< in the record's image
   std::size_t length;    ///< of one element: bytes of a text or block
   std::size_t elements;  ///< above 1 for an array of numbers
@@ -32,7 +31,7 @@ struct RecordType {
   const char* title;  ///< for people
   VKPrivateTagSignature signature;
   bool isText;  ///< stored as long as its text, with the terminator; else as its image is
-  std::span<const Field> fields;
+  std::vector<Field> fields;
   Image (*make)();  ///< the default record
   int (*get)(const VKCLProfileHandler& handler, Image& image);
   int (*put)(VKCLProfileHandler& handler, const Image& image);

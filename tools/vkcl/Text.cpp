@@ -1,22 +1,14 @@
 #include "Text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
 
+#include "inspect/PrintableText.h"
 #include "platform/plinth/Utf8.h"
 
 namespace vkcl::tool {
 namespace {
-
-// C1 controls (U+0080 to U+009F) drive terminals, too.
-bool IsControl(std::string_view character) {
-  const auto lead = static_cast<unsigned char>(character[0]);
-  if (character.size() == 1) return lead < 0x20 || lead == 0x7F;
-  return lead == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-}
 
 template <class Number>
 std::string Shortest(Number number) {
@@ -27,24 +19,7 @@ std::string Shortest(Number number) {
 
 }  // namespace
 
-std::string Printable(std::string_view bytes) {
-  std::string text;
-  while (!bytes.empty()) {
-    const std::size_t length = std::max<std::size_t>(Utf8Length(bytes), 1);
-    const std::string_view character = bytes.substr(0, length);
-    const bool plain = Utf8Length(bytes) != 0 && !IsControl(character);
-    if (character == "\\" || character == "\"") text += '\\';
-    if (plain) {
-      text += character;
-    } else {
-      for (const char c : character) {
-        text += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
-      }
-    }
-    bytes.remove_prefix(length);
-  }
-  return text;
-}
+std::string Printable(std::string_view bytes) { return PrintableText(bytes); }
 
 std::string Utf8(std::string_view bytes) { return ValidUtf8(bytes); }
 
