@@ -1,6 +1,5 @@
 # cmake --install: headers below include/vkcl with the paths they have in src/, the library, its
 # CMake package and its pkg-config module, and the tool.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS VKCLProfileHandler EXPORT VKCLProfileHandlerTargets
