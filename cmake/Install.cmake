@@ -1,18 +1,20 @@
 # cmake --install: headers below include/vkcl with the paths they have in src/, the library, its
-# CMake package and its pkg-config module, and the tool.
+# CMake package and its pkg-config module, and the tool. Components: library (what programs need to
+# run), development (what they need to be built), tool.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS VKCLProfileHandler EXPORT VKCLProfileHandlerTargets
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+                NAMELINK_COMPONENT development
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
 # The static library leaves the libraries below it to whoever links it.
 if(NOT BUILD_SHARED_LIBS)
   foreach(library vkcl_lcms2 vkcl_pugixml)
     if(TARGET ${library})
       get_target_property(${library}_type ${library} TYPE)
       install(TARGETS ${library} EXPORT VKCLProfileHandlerTargets
-              ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+              ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
     endif()
   endforeach()
 endif()
@@ -32,12 +34,12 @@ list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})
 foreach(header IN LISTS vkcl_headers)
   get_filename_component(folder "${header}" DIRECTORY)
   install(FILES "${PROJECT_SOURCE_DIR}/src/${header}"
-          DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vkcl/${folder}")
+          DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vkcl/${folder}" COMPONENT development)
 endforeach()
 
 set(vkcl_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VKCLProfileHandler")
 install(EXPORT VKCLProfileHandlerTargets NAMESPACE VKCLProfileHandler::
-        DESTINATION "${vkcl_cmake_dir}")
+        DESTINATION "${vkcl_cmake_dir}" COMPONENT development)
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/VKCLProfileHandlerConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfig.cmake"
@@ -46,7 +48,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfig
                                  COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfig.cmake"
               "${PROJECT_BINARY_DIR}/VKCLProfileHandlerConfigVersion.cmake"
-        DESTINATION "${vkcl_cmake_dir}")
+        DESTINATION "${vkcl_cmake_dir}" COMPONENT development)
 
 if(BUILD_SHARED_LIBS)
   set(vkcl_pc_cflags "-DVKCL_SHARED")
@@ -59,8 +61,8 @@ file(RELATIVE_PATH vkcl_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vkclprofilehandler.pc.in"
                "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc"
-        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
 if(VKCL_BUILD_TOOL)
-  install(TARGETS vkcl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS vkcl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 endif()
