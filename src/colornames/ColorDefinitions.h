@@ -22,7 +22,7 @@ struct VKCL_API ColorDefinitions {
 /// Where the definitions of a program are looked for. The path of its executable is cut at its last
 /// separator, and again at the last one then (a separator that begins the path or follows a colon
 /// stays: it is a root); "//Program//Colors.ini" is put behind what is left, as it stands. So
-/// C:\Apps\Bin\host.exe gives C:\Apps//Program//Colors.ini.
+/// `C:\Apps\Bin\host.exe` gives `C:\Apps//Program//Colors.ini`.
 VKCL_API std::string ColorDefinitionsPath(const std::string& executablePath, char separator);
 
 /// Clears the sequences and reads the file of the running program, asked of the operating system at

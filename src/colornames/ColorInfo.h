@@ -5,6 +5,7 @@
 
 namespace ColorUtils {
 
+/// Questions about the channels of a colour mode (colornames/ColorModes.h).
 class VKCL_API ColorInfo {
  public:
   /// Channels of the light and the medium ink of a colorant (0 Cyan, 1 Magenta, 2 Yellow, 3 Black)

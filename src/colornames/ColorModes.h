@@ -27,11 +27,13 @@ VKCL_API int GetColorModeFromNames(const char** names, int count);
 /// None for a code of no ink set.
 VKCL_API void GetStandardColorNamesByColorMode(int mode, AStringArray& names);
 
+///@{
 /// How many inks a mode has, how many of them are of full strength, and how many light or medium;
 /// 0 for a code of no ink set.
 VKCL_API int GetNumberOfChannels(int mode);
 VKCL_API int GetNumberOfDarkChannels(int mode);
 VKCL_API int GetNumberOfNonDarkChannels(int mode);
+///@}
 
 /// The inks of full strength, in canonical order; true when there is one. Two answers differ from
 /// the names of the set, deliberately: 512 gives Red, Green and Blue, and 8 gives Gray.

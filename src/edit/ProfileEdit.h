@@ -38,8 +38,9 @@ VKCL_API const char* EditStateText(EditState state);
 /// file named ".vkcl-....new", is removed by the next edit in that folder.
 class VKCL_API ProfileEdit {
  public:
+  /// What to do with a profile that has other names.
   enum class HardLinks {
-    Refuse,
+    Refuse,   ///< the state becomes EditState::HardLinked
     Replace,  ///< the edited name gets the new content, the others keep the old
   };
   /// Tells of a profile whether the store can do the work on it as it lies.
@@ -55,6 +56,7 @@ class VKCL_API ProfileEdit {
   ProfileEdit(const ProfileEdit&) = delete;
   ProfileEdit& operator=(const ProfileEdit&) = delete;
 
+  /// How far the edit has come, or why it came to nothing.
   EditState state() const { return state_; }
   /// Whether the copy was brought into table order. Bytes that no tag refers to are not in it.
   bool wasArranged() const { return arranged_; }
@@ -67,8 +69,9 @@ class VKCL_API ProfileEdit {
   /// that is not possible.
   bool StoreTags(std::span<const TagChange> changes) noexcept;
 
-  /// Length of the profile, and of the copy as it is now.
+  /// Length of the profile in bytes, when the edit began.
   std::uint64_t bytesBefore() const { return bytesBefore_; }
+  /// Length of the copy in bytes as it is now; 0 when there is none.
   std::uint64_t bytesNow() const;
 
   /// Compares the copy with the profile (every tag that is not private must be there with the bytes

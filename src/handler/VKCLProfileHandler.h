@@ -44,6 +44,8 @@ class VKCL_API VKCLProfileHandler {
   /// The owned profile; never null, and the handler keeps it.
   VKCLProfile* GetProfilePtr() { return &profile_; }
 
+  ///@{
+  /// What the owned profile answers to the question of that meaning; see VKCLProfile.
   int IsVKCLProfile() const { return profile_.isVKCLProfile(); }
   int IsICCFile() const { return profile_.isValidICC(); }
   int IsOutputICCFile() const { return profile_.isValidOutputICC(); }
@@ -52,6 +54,7 @@ class VKCL_API VKCLProfileHandler {
   int GetVKCLProfileFinishedState(VKCLProfileFinishedState& state, int flag) const {
     return profile_.GetVKCLProfileFinishedState(state, flag);
   }
+  ///@}
 
   int WriteInkSplitTag(const SplitParam& split);                     ///< 'QX50'
   int WriteSILWithLinTag(const VKSingleInkLimitWithLinRef& limits);  ///< 'QX51'

@@ -6,6 +6,8 @@
 
 /// Seven of the profiler library's options, as text. Each member is named as its option's key.
 struct VKCL_API VKCLProfileOptions {
+  ///@{
+  /// The value of the option of that name, as the profile has it; a default until it is read.
   AString ProfileSize = "2";
   AString ProfileFormat = "4";
   AString BlackGeneration = "GCRSmooth";
@@ -13,14 +15,15 @@ struct VKCL_API VKCLProfileOptions {
   AString BlackStart = "0";
   AString BrightenerCorrection = "0.0";
   AString InkTotal;
+  ///@}
 };
 
 namespace vkcl {
 
 /// An option's key in the profiler library, and its member.
 struct ProfileOptionKey {
-  const char* key;
-  AString VKCLProfileOptions::*member;
+  const char* key;                      ///< name in the profiler library and in the file
+  AString VKCLProfileOptions::*member;  ///< where the value is
 };
 
 /// The options in the order in which the profiler library is asked for them.

@@ -9,6 +9,7 @@
 
 namespace vkcl {
 
+/// How grave a finding is; a higher value is graver.
 enum class Severity {
   Note,     ///< unusual, and nobody's mistake
   Warning,  ///< against the standard or a loss of meaning; readers get along
@@ -18,9 +19,10 @@ enum class Severity {
 /// "note", "warning" or "error".
 VKCL_API const char* SeverityText(Severity severity);
 
+/// One thing that is wrong or unusual.
 struct VKCL_API Finding {
-  Severity severity = Severity::Note;
-  std::string rule;    ///< stable name of the rule, as "table.beyond-end"
+  Severity severity = Severity::Note;  ///< how grave it is
+  std::string rule;                    ///< stable name of the rule, as "table.beyond-end"
   std::string clause;  ///< of ICC.1:2001-04, as "6.2.2"; empty for what no clause speaks of
   std::string tag;     ///< signature that it is about; empty for the file as a whole
   std::string text;    ///< in words, with the numbers

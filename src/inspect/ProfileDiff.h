@@ -9,12 +9,13 @@
 
 namespace vkcl {
 
+/// One thing that two profiles differ in.
 struct VKCL_API Difference {
-  /// "header.creator", "cprt", "QX53.MediaName", "QX50.splits[1].dark[2][0]", "QX99#2".
+  /// Where it is: "header.creator", "cprt", "QX53.MediaName", "QX50.splits[1].dark[2][0]",
+  /// "QX99#2".
   std::string place;
-  /// The values in words; empty for something that is only in the other profile.
-  std::string before;
-  std::string after;
+  std::string before;  ///< the value in words; empty for what is only in the second profile
+  std::string after;   ///< the value in words; empty for what is only in the first profile
 };
 
 /// Takes one difference; false ends the comparison.

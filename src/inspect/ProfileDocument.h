@@ -15,6 +15,7 @@
 
 namespace vkcl {
 
+/// How a document is written.
 enum class DocumentForm {
   Json,  ///< everything, exact; docs/profile-document.schema.json describes it
   Text,  ///< for people; long blocks of bytes are shortened
@@ -30,7 +31,7 @@ VKCL_API bool WriteDocument(const VKCLProfile& profile, const std::vector<std::s
 
 /// What a document asks for.
 struct VKCL_API Document {
-  std::vector<TagChange> tags;
+  std::vector<TagChange> tags;     ///< what to store and to remove
   std::vector<std::string> notes;  ///< what is stored as given, though it looks like a mistake
 };
 

@@ -14,7 +14,7 @@ namespace vkcl {
 
 /// One table entry with a signature that begins with "QX".
 struct VKCL_API StoredTag {
-  std::uint32_t signature = 0;
+  std::uint32_t signature = 0;   ///< of the entry, as a number
   std::uint32_t occurrence = 1;  ///< 1 for the first entry of that signature, which readers take
   std::uint32_t offset = 0;      ///< of the element in the file
   std::uint32_t size = 0;        ///< of the element, as the table says
@@ -23,9 +23,11 @@ struct VKCL_API StoredTag {
   /// behind its 12 bytes of head is the payload.
   bool isData = false;
 
+  ///@{
   /// Place and length of the payload; of a 'data' element only.
   std::uint64_t payloadOffset() const { return std::uint64_t{offset} + 12; }
   std::uint64_t payloadSize() const { return size - std::uint64_t{12}; }
+  ///@}
 };
 
 /// In table order. `file` is the profile's, open for reading.

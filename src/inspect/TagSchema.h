@@ -47,11 +47,12 @@ enum class FieldShape {
 /// How many values there are: a number, what an earlier field says, or all that is left of the
 /// payload once the fields behind have theirs.
 struct Amount {
+  /// Where the amount comes from: `number`, the earlier field of name `field`, or what is left.
   enum class Kind { Constant, Field, Rest };
 
-  Kind kind = Kind::Constant;
-  std::uint32_t number = 1;
-  const char* field = nullptr;
+  Kind kind = Kind::Constant;   ///< where the amount comes from
+  std::uint32_t number = 1;     ///< the amount, where it is constant
+  const char* field = nullptr;  ///< name of the field that says it
 };
 
 /// What a field says about others. Documents may leave such fields out: they follow.
@@ -63,32 +64,34 @@ enum class FieldRole {
   Presence,     ///< not 0 when another field is there
 };
 
+/// One field of a record.
 struct FieldSchema {
-  const char* name;
-  FieldType type;
-  FieldShape shape = FieldShape::Single;
+  const char* name;                       ///< for programs and documents
+  FieldType type;                         ///< of each value
+  FieldShape shape = FieldShape::Single;  ///< how its values are put together
   Amount amount = {};   ///< bytes of a text or block, values of a list, rows; 1 for a number
   Amount columns = {};  ///< values of a row
-  FieldRole role = FieldRole::Data;
-  const char* presence = nullptr;  ///< field that is not 0 where this one is there
-  bool frames = false;             ///< says how the record is stored, and is not set by hand
-  bool reserved = false;           ///< carried for the host; shown in documents only
-  bool terminated = false;         ///< a text of any length that a zero ends
-  const char* unit = "";           ///< "%", "dpi"; empty without one
-  const char* meaning = "";
+  FieldRole role = FieldRole::Data;  ///< what it says about other fields
+  const char* presence = nullptr;    ///< field that is not 0 where this one is there
+  bool frames = false;               ///< says how the record is stored, and is not set by hand
+  bool reserved = false;             ///< carried for the host; shown in documents only
+  bool terminated = false;           ///< a text of any length that a zero ends
+  const char* unit = "";             ///< "%", "dpi"; empty without one
+  const char* meaning = "";          ///< in words, for people; may be empty
 };
 
 /// One form of the records of a tag whose version decides it.
 struct RecordForm {
-  std::int32_t version;
-  std::span<const FieldSchema> fields;
+  std::int32_t version;                 ///< of the records that have this form
+  std::span<const FieldSchema> fields;  ///< of a record, in the order of the bytes
 };
 
+/// What one private tag holds.
 struct TagSchema {
-  VKPrivateTagSignature signature;
-  const char* name;   ///< for programs: "ColorParam"
-  const char* title;  ///< for people: "colour parameters"
-  std::span<const FieldSchema> fields;
+  VKPrivateTagSignature signature;      ///< of the tag
+  const char* name;                     ///< for programs: "ColorParam"
+  const char* title;                    ///< for people: "colour parameters"
+  std::span<const FieldSchema> fields;  ///< of the payload, in the order of the bytes
   /// Forms of the records in the fields, chosen by the number in the field "version".
   std::span<const RecordForm> forms = {};
 };

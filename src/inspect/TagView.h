@@ -28,6 +28,7 @@ class VKCL_API ByteSource {
   ByteSource(AFile& file, std::uint64_t start, std::uint64_t size)
       : file_(&file), start_(start), size_(size) {}
 
+  /// Length in bytes.
   std::uint64_t size() const { return size_; }
   /// False once a piece could not be read; everything after it is empty.
   bool good() const { return good_; }
@@ -50,10 +51,13 @@ class RecordView;
 /// One field of a record.
 class VKCL_API FieldView {
  public:
+  /// What the field is.
   const FieldSchema& schema() const { return *schema_; }
+  ///@{
   /// Place in the payload, and length, in bytes.
   std::uint64_t offset() const { return offset_; }
   std::uint64_t length() const { return length_; }
+  ///@}
   /// Values of a list, rows, blocks; bytes of a text or block of bytes; 1 for a number.
   std::uint64_t count() const { return count_; }
   /// Values of a row; else 1.
@@ -78,11 +82,12 @@ class VKCL_API FieldView {
   std::uint64_t UsedCount() const;
   /// Record `index` of a list of records.
   RecordView Record(std::uint64_t index) const;
-  /// Place within the field, and length, of block `index`.
+  /// Where a block of bytes is.
   struct Extent {
-    std::uint64_t from;
-    std::uint64_t length;
+    std::uint64_t from;    ///< place within the field
+    std::uint64_t length;  ///< length in bytes
   };
+  /// The blocks of a field that has the shape of blocks, in their order.
   std::vector<Extent> Blocks() const;
 
  private:
@@ -107,6 +112,7 @@ class VKCL_API RecordView {
   static std::optional<RecordView> Of(const TagSchema& schema, ByteSource& payload,
                                       std::string& why);
 
+  /// The fields in the order of the bytes.
   const std::vector<FieldView>& fields() const { return fields_; }
   /// Null when there is no such field.
   const FieldView* Find(std::string_view name) const;

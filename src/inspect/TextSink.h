@@ -13,8 +13,10 @@ using TextSink = std::function<bool(std::string_view piece)>;
 /// Gathers small pieces into large ones.
 class SinkBuffer {
  public:
+  /// `sink` must outlive the buffer.
   explicit SinkBuffer(const TextSink& sink) : sink_(sink) {}
 
+  /// Takes a piece, and hands over what there is when it is 64 KiB or more.
   void Put(std::string_view piece) {
     constexpr std::size_t kFull = std::size_t{64} << 10;
     text_ += piece;
@@ -26,6 +28,7 @@ class SinkBuffer {
     text_.clear();
     return good_;
   }
+  /// False once a piece was not taken.
   bool good() const { return good_; }
 
  private:

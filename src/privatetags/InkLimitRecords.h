@@ -13,10 +13,10 @@
 
 /// Limits of combinations of inks; tag 'QX52'.
 struct VKCL_API VKMultiInklimit {
-  std::int32_t version = 4;
-  std::int32_t size = 300;  ///< bytes that the tag holds
-  std::int32_t count = 36;  ///< number of limits
-  double limits[36];        ///< percent; 100.0 by default
+  std::int32_t version = 4;  ///< 1, 2 or 4; see ConvertToCurrentVersion
+  std::int32_t size = 300;   ///< bytes that the tag holds
+  std::int32_t count = 36;   ///< number of limits
+  double limits[36];         ///< percent; 100.0 by default
 
   VKMultiInklimit() {
     for (int i = 0; i < 36; ++i) limits[i] = 100.0;
@@ -33,10 +33,10 @@ struct VKCL_API VKMultiInklimit {
 
 /// Limits of the single channels; tag 'QX51', always 140 bytes.
 struct VKCL_API VKSingleInkLimitWithLinRef {
-  std::int32_t version = 1;
-  std::int32_t size = 140;
-  std::int32_t count = 16;  ///< number of limits
-  double limits[16];        ///< percent, in channel order; 100.0 by default
+  std::int32_t version = 1;  ///< version of the record
+  std::int32_t size = 140;   ///< bytes that the tag holds
+  std::int32_t count = 16;   ///< number of limits
+  double limits[16];         ///< percent, in channel order; 100.0 by default
 
   VKSingleInkLimitWithLinRef() {
     for (int i = 0; i < 16; ++i) limits[i] = 100.0;
@@ -45,12 +45,12 @@ struct VKCL_API VKSingleInkLimitWithLinRef {
 
 /// Extra data of the linearisation; tag 'QX70', always 572 bytes.
 struct VKCL_API VKLinExtraDataParam {
-  std::int32_t version = 1;
-  char text[129] = {};
-  unsigned char packing[3] = {};  ///< without meaning
-  std::int32_t value = 0;
-  unsigned char blockA[144] = {};
-  unsigned char blockB[288] = {};
+  std::int32_t version = 1;        ///< version of the record
+  char text[129] = {};             ///< zero-terminated; not interpreted
+  unsigned char packing[3] = {};   ///< without meaning
+  std::int32_t value = 0;          ///< carried, not interpreted
+  unsigned char blockA[144] = {};  ///< carried, not interpreted
+  unsigned char blockB[288] = {};  ///< carried, not interpreted
 };
 
 #pragma pack(pop)
@@ -65,7 +65,7 @@ static_assert(sizeof(VKLinExtraDataParam) == 572 && offsetof(VKLinExtraDataParam
 /// Limits of a spot colour; tag 'QX68'. The destructor releases both arrays. Copies share them:
 /// copying is shallow by design, and only one copy may be destroyed while it holds them.
 struct VKCL_API VKSpotSingleInkLimit {
-  std::int32_t version = 1;
+  std::int32_t version = 1;  ///< version of the record
   std::int32_t size = 0;     ///< bytes that the tag holds: name length + 8 x count + 12
   std::int32_t count = 0;    ///< number of limits
   char* name = nullptr;      ///< owned, zero-terminated, may be null
@@ -73,8 +73,11 @@ struct VKCL_API VKSpotSingleInkLimit {
 
   VKSpotSingleInkLimit() = default;
   ~VKSpotSingleInkLimit();
+  ///@{
+  /// Shares name and limits with the other record.
   VKSpotSingleInkLimit(const VKSpotSingleInkLimit&) = default;
   VKSpotSingleInkLimit& operator=(const VKSpotSingleInkLimit&) = default;
+  ///@}
 
   /// Replaces name and limits by copies of the given ones (null values: zeros). A count of 0
   /// keeps neither, yet the size counts the length of the name: a deliberate asymmetry, and such
@@ -85,7 +88,7 @@ struct VKCL_API VKSpotSingleInkLimit {
 /// Linearisation links of a spot colour; tag 'QX69'. The destructor releases the arrays and the
 /// links. Copies share them, as with VKSpotSingleInkLimit.
 struct VKCL_API VKSpotLinDLParam {
-  std::int32_t version = 1;
+  std::int32_t version = 1;           ///< version of the record
   std::int32_t size = 0;              ///< bytes that the tag holds; set when the tag is built
   std::int32_t count = 0;             ///< number of links
   std::int32_t nameLength = 0;        ///< characters of the name
@@ -95,8 +98,11 @@ struct VKCL_API VKSpotLinDLParam {
 
   VKSpotLinDLParam() = default;
   ~VKSpotLinDLParam();
+  ///@{
+  /// Shares name, sizes and links with the other record.
   VKSpotLinDLParam(const VKSpotLinDLParam&) = default;
   VKSpotLinDLParam& operator=(const VKSpotLinDLParam&) = default;
+  ///@}
 
   /// Replaces everything by the name and `newCount` new empty links. A count of 0 or below keeps
   /// nothing.

@@ -11,20 +11,20 @@
 
 /// Colour parameters of a print set-up; tag 'QX53'.
 struct VKCL_API VKColorParam {
-  std::int32_t version = 1;
-  std::int32_t size = 1068;  ///< bytes that the tag holds
-  std::int32_t status = 0;   ///< workflow state; 9 to 13 carry the lock state
-  std::int32_t MediaID = 0;
-  char Make[128] = {};   ///< printer make, zero-terminated
-  char Model[128] = {};  ///< printer model
-  char MediaName[128] = {};
-  std::int32_t ResolutionID = 0;
-  float ResolutionX = 0;       ///< horizontal resolution, dots per inch
-  float ResolutionY = 0;       ///< vertical resolution, dots per inch
-  std::int32_t ColorMode = 0;  ///< colour mode of the ink set
-  std::int32_t DriverColorMode = 0;
-  std::int32_t DitherMethod = 0;
-  std::int32_t PrintMode = 0;
+  std::int32_t version = 1;              ///< version of the record
+  std::int32_t size = 1068;              ///< bytes that the tag holds
+  std::int32_t status = 0;               ///< workflow state; 9 to 13 carry the lock state
+  std::int32_t MediaID = 0;              ///< number of the medium; not interpreted
+  char Make[128] = {};                   ///< printer make, zero-terminated
+  char Model[128] = {};                  ///< printer model
+  char MediaName[128] = {};              ///< name of the medium, zero-terminated
+  std::int32_t ResolutionID = 0;         ///< number of the resolution; not interpreted
+  float ResolutionX = 0;                 ///< horizontal resolution, dots per inch
+  float ResolutionY = 0;                 ///< vertical resolution, dots per inch
+  std::int32_t ColorMode = 0;            ///< colour mode of the ink set
+  std::int32_t DriverColorMode = 0;      ///< the driver's own colour mode; not interpreted
+  std::int32_t DitherMethod = 0;         ///< number of the dither method; not interpreted
+  std::int32_t PrintMode = 0;            ///< number of the print mode; not interpreted
   unsigned char DriverOption[256] = {};  ///< opaque
   char reservedText1[128] = {};          ///< carried unchanged
   char reservedText2[128] = {};          ///< carried unchanged
@@ -33,36 +33,36 @@ struct VKCL_API VKColorParam {
 
 /// Head of tag 'QX71': the name of the VSD sidecar file that follows it.
 struct VKCL_API VKVSDProfileParam {
-  std::int32_t version = 1;
-  char fileName[128] = {};  ///< last path component; not terminated when it fills the field
+  std::int32_t version = 1;  ///< version of the record
+  char fileName[128] = {};   ///< last path component; not terminated when it fills the field
 };
 
 /// Opaque block of the host; tag 'QX67'.
 struct VKCL_API VKCompatibilityParam {
-  unsigned char bytes[64] = {};
+  unsigned char bytes[64] = {};  ///< carried, not interpreted
 };
 
 /// Extra parameters; tag 'QX76'.
 struct VKCL_API VKProfileExtraParam {
-  std::int32_t version = 1;
-  std::int32_t value = 0;
+  std::int32_t version = 1;  ///< version of the record
+  std::int32_t value = 0;    ///< carried, not interpreted
 };
 
 /// Screen angles as text. No tag carries it.
 struct VKCL_API VKAngleScreenParam {
-  char text1[128] = {};
-  char text2[128] = {};
-  char text3[128] = {};
+  char text1[128] = {};  ///< not interpreted
+  char text2[128] = {};  ///< not interpreted
+  char text3[128] = {};  ///< not interpreted
 };
 
 /// Head of every dither table: its length in bytes.
 struct VKCL_API DitherTypeBase {
-  std::uint32_t size = 0;
+  std::uint32_t size = 0;  ///< length of the table, this field included
 };
 
 /// The dither table; its bytes are carried and never interpreted.
 struct VKCL_API DitherTypeV1 : DitherTypeBase {
-  unsigned char table[4112] = {};
+  unsigned char table[4112] = {};  ///< carried, not interpreted
 
   DitherTypeV1() { size = 4116; }
 };

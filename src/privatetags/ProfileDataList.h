@@ -12,7 +12,7 @@ class VKCL_API ProfileDataList {
   /// Colour space of the values as an ICC signature, or 'refl' for spectral reflectance;
   /// 0xFFFFFFFF marks a placeholder list.
   std::uint32_t DataFormat = 0;
-  std::int32_t NumOfSamples = 0;
+  std::int32_t NumOfSamples = 0;      ///< number of samples
   std::int32_t ColorMode = 0;         ///< colour mode of the device values
   std::int32_t NumOfColors = 0;       ///< values per sample
   std::int32_t Measured = 0;          ///< how many samples hold measured values
@@ -22,9 +22,11 @@ class VKCL_API ProfileDataList {
   std::int32_t Extra2 = -1;           ///< copied with the list, neither stored nor compared
 
   ProfileDataList() = default;
-  ProfileDataList(const ProfileDataList& other);
+  ///@{
   /// A deep copy. An array that cannot be allocated is left null.
+  ProfileDataList(const ProfileDataList& other);
   ProfileDataList& operator=(const ProfileDataList& other);
+  ///@}
   ~ProfileDataList();
 
   /// Releases both arrays and sets the five counters to 0. Extra1 and Extra2 keep their values.
@@ -38,9 +40,11 @@ class VKCL_API ProfileDataList {
   /// (memory is short, or a count is negative) the result is 0 and nothing changes.
   int RefreshList(int samples);
 
+  ///@{
   /// Equal counters (ColorMode, DataFormat, NumOfColors, NumOfSamples) and, when the left list has
   /// values, equal bytes of values. A left list without values equals any right list of the same
   /// counters: deliberately so. Measured, PerSample and the extra integers play no part.
   bool operator==(const ProfileDataList& other) const;
   bool operator!=(const ProfileDataList& other) const { return !(*this == other); }
+  ///@}
 };

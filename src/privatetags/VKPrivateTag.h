@@ -70,17 +70,24 @@ constexpr bool IsPrivateSignature(std::uint32_t signature) { return signature >>
 /// stored without releasing an earlier one: a tag is filled once. Bytes without meaning (where the
 /// record in memory holds a reference) are zeros, so equal records give equal bytes.
 struct VKCL_API VKPrivateTag {
+  /// Under which the tag is stored; 0 for none yet.
   VKPrivateTagSignature signature = static_cast<VKPrivateTagSignature>(0);
   char* data = nullptr;    ///< owned, allocated with array new; null when empty
   std::uint32_t size = 0;  ///< length of the payload in bytes
 
   VKPrivateTag() = default;
   ~VKPrivateTag();
+  ///@{
+  /// Shares the block with the other tag.
   VKPrivateTag(const VKPrivateTag&) = default;
   VKPrivateTag& operator=(const VKPrivateTag&) = default;
+  ///@}
 
+  /// Sets the signature; the payload stays.
   void SetSignature(VKPrivateTagSignature which) { signature = which; }
+  /// Length of the payload in bytes, without the head that the file puts before it.
   std::uint32_t GetTagSize() const { return size; }
+  /// The payload, which the tag keeps; null when empty.
   char* GetData() const { return data; }
 
   /// Only for the eight data-list signatures; others are refused before anything is allocated.
@@ -89,9 +96,13 @@ struct VKCL_API VKPrivateTag {
   int InitFromSplitParam(const SplitParam& split);
   /// Refuses a record without a table.
   int InitFromDitherParam(const VKDitherParam& dither);
+  /// 'QX64': the number.
   int InitCMStoDither(const int& flag);
+  /// 'QX75': the text and a terminating zero.
   int InitVKChromaAdjust(const AString& text);
+  /// 'QX74': the number.
   int InitWizardTag(int flag);
+  /// 'QX67': the whole record of 64 bytes.
   int InitFromVKCompatibilityParam(const VKCompatibilityParam& param);
   /// As many bytes as the record's size field says.
   int InitFromVKColorParam(const VKColorParam& param);
@@ -101,6 +112,8 @@ struct VKCL_API VKPrivateTag {
   int InitFromVKMultiInklimit(const VKMultiInklimit& limits);
   /// Always the whole record of 140 bytes, whatever its size field says.
   int InitFromVKSingleInkLimitWithLinRef(const VKSingleInkLimitWithLinRef& limits);
+  /// As many bytes as the record's size field says. Refuses a record that lacks limits it counts,
+  /// or states more than it holds.
   int InitFromVKSpotSIL(const VKSpotSingleInkLimit& limits);
   /// Stores the links' lengths and the payload's length in the record.
   int InitFromVKSpotLinDL(VKSpotLinDLParam& links);
@@ -109,5 +122,6 @@ struct VKCL_API VKPrivateTag {
   /// The file behind a VKVSDProfileParam that holds its name. A name of 128 characters or more
   /// loses its end and its terminator: the file's bytes are not moved for it.
   int InitFromVSDProfile(const AFilePath& path);
+  /// 'QX76': the whole record of 8 bytes.
   int InitFromVKProfileExtraParam(const VKProfileExtraParam& param);
 };

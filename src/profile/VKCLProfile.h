@@ -20,14 +20,14 @@
 
 /// How far the making of a profile has come. Ordered: a higher value is further along.
 enum VKCLProfileFinishedState : std::int32_t {
-  FinishedNone = 0,
-  FinishedInkLimit = 1,
-  FinishedInkSplit = 2,
-  FinishedLinearisation = 3,
-  FinishedMultiInkLimit = 4,
-  FinishedGrayBalance = 5,
-  FinishedCharacterisation = 6,
-  FinishedProfile = 7,
+  FinishedNone = 0,              ///< no profile of the system's own
+  FinishedInkLimit = 1,          ///< 'QX51' and 'QX53' are there
+  FinishedInkSplit = 2,          ///< 'QX50' is there
+  FinishedLinearisation = 3,     ///< 'QX54' is there, or 'QX51' holds more than 140 bytes
+  FinishedMultiInkLimit = 4,     ///< 'QX52' is there
+  FinishedGrayBalance = 5,       ///< 'QX56' is there
+  FinishedCharacterisation = 6,  ///< 'QX59' is there
+  FinishedProfile = 7,           ///< one of 'B2A0', 'B2A1' and 'B2A2' is there
 };
 
 class AFile;
@@ -41,6 +41,7 @@ VKCL_API bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange
                            AFile& to);
 }  // namespace vkcl
 
+/// One ICC profile file: its header, its tag table, and operations on the tags in it.
 class VKCL_API VKCLProfile {
  public:
   /// Reads header and tag table. A file that is missing, short or malformed leaves the object
@@ -53,9 +54,11 @@ class VKCL_API VKCLProfile {
   /// Removes the file from disk when its extension is exactly ".tmp": whoever loads a temporary
   /// copy of a profile relies on it.
   ~VKCLProfile();
+  ///@{
   /// Each copy has a table of its own. Both name the same file.
   VKCLProfile(const VKCLProfile& other) noexcept;
   VKCLProfile& operator=(const VKCLProfile& other) noexcept;
+  ///@}
 
   /// 1 when header and tag table were read and accepted.
   int isValidICC() const { return valid; }
@@ -69,16 +72,19 @@ class VKCL_API VKCLProfile {
   /// FinishedLinearisation, whatever tags there are.
   int GetVKCLProfileFinishedState(VKCLProfileFinishedState& state, int ignoreStatus) const;
 
-  // Fields of the header, as held in memory, also of an invalid profile.
+  ///@{
+  /// A field of the header, as held in memory, also of an invalid profile.
   icProfileClassSignature GetDeviceClass() const { return header.deviceClass; }
   icColorSpaceSignature GetColorSpace() const { return header.colorSpace; }
   icColorSpaceSignature GetPCS() const { return header.pcs; }
+  ///@}
 
   /// Size of the first table entry of that signature, without padding; 0 without one.
   unsigned long GetTagSize(icTagSignature sig) const;
   /// Colour mode 16 sets the header's colour space to 'CMY ', 512 to 'RGB '; others change
   /// nothing. In memory only: the file follows with the next rewrite of its header.
   void UpdateHeaderColorSpace(int colorMode);
+  /// Gives the path of the file, as the constructor had it.
   void GetICCFilePath(AFilePath& out) const { out = filePath; }
 
   // Reading. The first entry of a signature counts. 0, and an untouched buffer, when the tag is
@@ -104,11 +110,13 @@ class VKCL_API VKCLProfile {
   // vkcl::TagDataSuitWriting tells whether they do. On failure, which is 0, the file is as it was;
   // only a replacement of the same length whose close fails leaves the new payload there.
 
+  ///@{
   /// Stores a payload: replaces the first entry of that signature, or appends one. When the
   /// profile is not valid and its channel count is 3 to 16, a minimal output profile that holds
   /// just this tag takes the place of the file, provided that the file is no ICC profile now.
   int WriteVKPrivateTag(VKPrivateTagSignature sig, const void* data, unsigned long length);
   int WriteVKPrivateTag(const VKPrivateTag* tag);
+  ///@}
   /// Appends `count` tags in one rewrite, also where their signatures exist already.
   int WriteMultiVKPrivateTags(const VKPrivateTag* tags, int count);
 
@@ -124,10 +132,10 @@ class VKCL_API VKCLProfile {
 
   std::int32_t valid = 0;         ///< 1 once header and tag table were read and accepted
   std::int32_t channelCount = 0;  ///< colour channels
-  AFilePath filePath;
-  icHeader header = {};  ///< in host order
-  std::uint32_t tagCount = 0;
-  icTag* tagTable = nullptr;  ///< owned, in host order; null until loaded
+  AFilePath filePath;             ///< of the file, as the constructor had it
+  icHeader header = {};           ///< in host order
+  std::uint32_t tagCount = 0;     ///< entries of the table
+  icTag* tagTable = nullptr;      ///< owned, in host order; null until loaded
 
  private:
   friend struct vkcl::ProfilePeer;

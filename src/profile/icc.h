@@ -12,6 +12,7 @@ constexpr std::uint32_t icSignature(const char (&text)[5]) {
   return value;
 }
 
+/// The signature that every profile has in its header (6.1.7).
 inline constexpr std::uint32_t icMagicNumber = icSignature("acsp");
 
 /// Profile or device class (6.1.4).
@@ -73,74 +74,78 @@ enum icPlatformSignature : std::uint32_t {
   icSigMicrosoft = icSignature("MSFT"),
 };
 
+/// A moment (5.3.1).
 struct icDateTimeNumber {
-  std::uint16_t year;
-  std::uint16_t month;
-  std::uint16_t day;
-  std::uint16_t hours;
-  std::uint16_t minutes;
-  std::uint16_t seconds;
+  std::uint16_t year;     ///< as 1994
+  std::uint16_t month;    ///< 1 to 12
+  std::uint16_t day;      ///< 1 to 31
+  std::uint16_t hours;    ///< 0 to 23
+  std::uint16_t minutes;  ///< 0 to 59
+  std::uint16_t seconds;  ///< 0 to 59
 };
 
 /// Three s15Fixed16 numbers: the value times 65536.
 struct icXYZNumber {
-  std::int32_t X;
-  std::int32_t Y;
-  std::int32_t Z;
+  std::int32_t X;  ///< X tristimulus value
+  std::int32_t Y;  ///< Y tristimulus value
+  std::int32_t Z;  ///< Z tristimulus value
 };
 
 /// The profile header (6.1).
 struct icHeader {
-  std::uint32_t size;  ///< length of the profile in bytes
-  std::uint32_t cmmId;
-  std::uint32_t version;
-  icProfileClassSignature deviceClass;
-  icColorSpaceSignature colorSpace;
-  icColorSpaceSignature pcs;
-  icDateTimeNumber date;
-  std::uint32_t magic;  ///< 'acsp'
-  std::uint32_t platform;
-  std::uint32_t flags;
-  std::uint32_t manufacturer;
-  std::uint32_t model;
-  std::uint32_t attributes[2];  ///< 64 bits; the words stand in file order
-  std::uint32_t renderingIntent;
-  icXYZNumber illuminant;
-  std::uint32_t creator;
+  std::uint32_t size;                   ///< length of the profile in bytes
+  std::uint32_t cmmId;                  ///< signature of the preferred CMM
+  std::uint32_t version;                ///< of the format: 0x02400000 for 2.4.0
+  icProfileClassSignature deviceClass;  ///< profile or device class
+  icColorSpaceSignature colorSpace;     ///< of the device data
+  icColorSpaceSignature pcs;            ///< profile connection space
+  icDateTimeNumber date;                ///< when the profile was made
+  std::uint32_t magic;                  ///< 'acsp'
+  std::uint32_t platform;               ///< signature of the primary platform
+  std::uint32_t flags;                  ///< profile flags
+  std::uint32_t manufacturer;           ///< signature of the maker of the device
+  std::uint32_t model;                  ///< signature of the model of the device
+  std::uint32_t attributes[2];          ///< 64 bits; the words stand in file order
+  std::uint32_t renderingIntent;        ///< 0 to 3
+  icXYZNumber illuminant;               ///< of the connection space: D50
+  std::uint32_t creator;                ///< signature of who made the profile
   std::uint8_t reserved[44];  ///< profile ID and reserved bytes of later versions: never touched
 };
 
 /// One entry of the tag table (6.2).
 struct icTag {
-  icTagSignature sig;
+  icTagSignature sig;    ///< which tag it is
   std::uint32_t offset;  ///< of the tag's data, from the start of the file
   std::uint32_t size;    ///< of the tag's data in bytes, without padding
 };
 
+/// The head of every tag's data (6.5).
 struct icTagBase {
-  icTagTypeSignature sig;
-  std::int8_t reserved[4];
+  icTagTypeSignature sig;   ///< type of the data
+  std::int8_t reserved[4];  ///< zeros
 };
 
+/// What follows the head in a 'data' tag.
 struct icData {
   std::uint32_t dataFlag;  ///< 0 ASCII, 1 binary
   std::int8_t data[1];     ///< first of the bytes
 };
 
+/// What follows the head in a 'text' tag.
 struct icText {
   std::int8_t data[1];  ///< first of the characters
 };
 
 /// A 'data' tag: head of 12 bytes, then the content.
 struct icDataType {
-  icTagBase base;
-  icData data;
+  icTagBase base;  ///< type and reserved bytes
+  icData data;     ///< flag and content
 };
 
 /// A 'text' tag: head of 8 bytes, then the text.
 struct icTextType {
-  icTagBase base;
-  icText data;
+  icTagBase base;  ///< type and reserved bytes
+  icText data;     ///< the text
 };
 
 static_assert(sizeof(icHeader) == 128 && offsetof(icHeader, date) == 24 &&

@@ -27,63 +27,65 @@ struct VKCL_API SplitTypeBase {
 
 /// Version 2: knots and amounts. -1.0 marks a knot that is not set.
 struct VKCL_API SplitTypeV2 : SplitTypeBase {
-  float reserved = -1.0f;
-  float lightPeakInput = -1.0f;  ///< input at which the light ink peaks
-  float lightEndInput = -1.0f;   ///< input at which the light ink is back at 0
-  float mediumPeakInput = -1.0f;
-  float mediumEndInput = -1.0f;
-  float lightPeakAmount = -1.0f;
-  float mediumPeakAmount = -1.0f;
-  float darkAmount = -1.0f;      ///< dark ink where the last lighter ink ends
-  float lightTailAmount = 0.0f;  ///< light ink kept up to the top; 0 for none
-  float lightPeakShape = 0.0f;
-  float lightEndShape = 0.0f;
-  float mediumTailAmount = 0.0f;  ///< medium ink kept up to the top; 0 for none
-  float mediumStartShape = 0.0f;
-  float mediumPeakShape = 0.0f;
-  float mediumEndShape = 0.0f;
-  float darkStartShape = 0.0f;
-  float darkEndShape = 0.0f;
+  float reserved = -1.0f;          ///< carried unchanged
+  float lightPeakInput = -1.0f;    ///< input at which the light ink peaks
+  float lightEndInput = -1.0f;     ///< input at which the light ink is back at 0
+  float mediumPeakInput = -1.0f;   ///< input at which the medium ink peaks
+  float mediumEndInput = -1.0f;    ///< input at which the medium ink is back at 0
+  float lightPeakAmount = -1.0f;   ///< light ink at its peak
+  float mediumPeakAmount = -1.0f;  ///< medium ink at its peak
+  float darkAmount = -1.0f;        ///< dark ink where the last lighter ink ends
+  float lightTailAmount = 0.0f;    ///< light ink kept up to the top; 0 for none
+  float lightPeakShape = 0.0f;     ///< shape at the peak of the light ink
+  float lightEndShape = 0.0f;      ///< shape at the end of the light ink
+  float mediumTailAmount = 0.0f;   ///< medium ink kept up to the top; 0 for none
+  float mediumStartShape = 0.0f;   ///< shape at the start of the medium ink
+  float mediumPeakShape = 0.0f;    ///< shape at the peak of the medium ink
+  float mediumEndShape = 0.0f;     ///< shape at the end of the medium ink
+  float darkStartShape = 0.0f;     ///< shape at the start of the dark ink
+  float darkEndShape = 0.0f;       ///< shape where the dark ink has reached darkAmount
 
   SplitTypeV2() { size = 76; }
 };
 
 /// One point of a version 3 curve.
 struct VKCL_API SplitDotInfo {
-  float input = 0.0f;
-  float amount = 0.0f;
+  float input = 0.0f;   ///< fraction, 0.0 to 1.0
+  float amount = 0.0f;  ///< ink at that input, 0.0 to 1.0
 };
 
 /// One point of a version 4 curve.
 struct VKCL_API SplitDotInfo2 {
-  float input = 0.0f;
-  float amount = 0.0f;
-  float shape = 0.0f;
+  float input = 0.0f;   ///< fraction, 0.0 to 1.0
+  float amount = 0.0f;  ///< ink at that input, 0.0 to 1.0
+  float shape = 0.0f;   ///< of the curve there; its meaning is the consumer's
 };
 
 /// Version 3: three curves of up to 256 points. Points behind a curve's count are zeros.
 struct VKCL_API SplitTypeV3 : SplitTypeBase {
-  SplitDotInfo light[256];
-  SplitDotInfo medium[256];
-  SplitDotInfo dark[256];
-  std::int32_t lightCount = 0;  ///< points used in `light`
-  std::int32_t mediumCount = 0;
-  std::int32_t darkCount = 0;
+  SplitDotInfo light[256];         ///< curve of the light ink
+  SplitDotInfo medium[256];        ///< curve of the medium ink
+  SplitDotInfo dark[256];          ///< curve of the dark ink
+  std::int32_t lightCount = 0;     ///< points used in `light`
+  std::int32_t mediumCount = 0;    ///< points used in `medium`
+  std::int32_t darkCount = 0;      ///< points used in `dark`
   std::int32_t interpolation = 0;  ///< kind of interpolation, decided by the consumer
 
   SplitTypeV3() { size = 6168; }
+  /// The knots as points. Tails and shapes are lost. The medium curve starts at the light peak,
+  /// also without a light one.
   explicit SplitTypeV3(const SplitTypeV2& v2);
 };
 
 /// Version 4: three curves of up to 256 points with a shape each.
 struct VKCL_API SplitTypeV4 : SplitTypeBase {
-  SplitDotInfo2 light[256];
-  SplitDotInfo2 medium[256];
-  SplitDotInfo2 dark[256];
-  std::int32_t lightCount = 0;
-  std::int32_t mediumCount = 0;
-  std::int32_t darkCount = 0;
-  std::int32_t interpolation = 0;
+  SplitDotInfo2 light[256];        ///< curve of the light ink
+  SplitDotInfo2 medium[256];       ///< curve of the medium ink
+  SplitDotInfo2 dark[256];         ///< curve of the dark ink
+  std::int32_t lightCount = 0;     ///< points used in `light`
+  std::int32_t mediumCount = 0;    ///< points used in `medium`
+  std::int32_t darkCount = 0;      ///< points used in `dark`
+  std::int32_t interpolation = 0;  ///< kind of interpolation, decided by the consumer
 
   SplitTypeV4() { size = 9240; }
   /// Deliberately not the conversion through version 3: tails and shapes are kept, and a medium
@@ -115,9 +117,11 @@ struct VKCL_API SplitParam {
 
   SplitParam() = default;
   ~SplitParam();
+  ///@{
   /// Deep copies. Assigning a set to itself changes nothing.
   SplitParam(const SplitParam& other);
   SplitParam& operator=(const SplitParam& other);
+  ///@}
 
   /// Replaces the records by copies of `newCount` records of `newVersion`; 1. For a version other
   /// than 2, 3 and 4 the result is 0: version and count are stored and no records are left. A

@@ -30,6 +30,7 @@ class VKCL_API VSDProfileHandler {
   /// Opens the document at `path` (`openExisting` not 0), or begins an empty one, which nothing is
   /// read for and which replaces a file at `path` when it is first saved.
   VSDProfileHandler(const AFilePath& path, int openExisting);
+  /// Shares the document of the other.
   VSDProfileHandler(const VSDProfileHandler& other) = default;
   /// Takes over everything that the other has. What this object had not saved yet is dropped with
   /// its document.
@@ -46,11 +47,13 @@ class VKCL_API VSDProfileHandler {
   /// save.
   int SaveToFile();
 
+  ///@{
   /// The colour parameters, without their status and reserved texts. A text that is longer than its
   /// field is cut to 127 bytes, at a character; option bytes without digits keep their values. When
   /// an element is missing the fields before it are read already.
   int WriteVKColorParam(const VKColorParam& param);
   int ReadVKColorParam(VKColorParam& param);
+  ///@}
 
   /// Whether measurements of all three dot sizes are there: a number of samples other than 0 each,
   /// and no fewer of them measured.
@@ -60,6 +63,7 @@ class VKCL_API VSDProfileHandler {
   /// full path: of a bare file name the folder above is not known.
   static AFilePath ICCtoVSDFolder(const AFilePath& iccPath);
 
+  ///@{
   /// Data lists of a dot size: 0 small, 1 medium, 2 large; others are refused, and so is a list
   /// that lacks the values it counts, or has more than 64 MiB of them. Reading replaces the values;
   /// those without digits are 0. When an element is missing or holds no digits, the counters before
@@ -71,13 +75,17 @@ class VKCL_API VSDProfileHandler {
   int ReadVSDReferenceData(int size, ProfileDataList& list);
   int ReadVSDMeasurementData(int size, ProfileDataList& list);
   int ReadVSDInvertedData(int size, ProfileDataList& list);
+  ///@}
 
+  ///@{
   /// The data lists of the verification.
   int WriteVerifyReferenceData(const ProfileDataList& list);
   int WriteVerifyMeasurementData(const ProfileDataList& list);
   int ReadVerifyReferenceData(ProfileDataList& list);
   int ReadVerifyMeasurementData(ProfileDataList& list);
+  ///@}
 
+  ///@{
   /// Where the medium and the large dots start, a value a channel, and the scale of the large dot.
   /// Writing does not make the document modified, deliberately: the elements are saved with
   /// whatever else is. A negative count, and null values of a positive one, are refused.
@@ -89,10 +97,14 @@ class VKCL_API VSDProfileHandler {
   int ReadMediumAndLargeStart(double* mediumStart, double* largeStart, int& count);
   int WriteLargeDotScale(double* scale, int count);
   int ReadLargeDotScale(double* scale, int& count);
+  ///@}
+  ///@{
   /// The same for arrays of a known room: no more values than that are read.
   int ReadMediumAndLargeStart(double* mediumStart, double* largeStart, int room, int& count);
   int ReadLargeDotScale(double* scale, int room, int& count);
+  ///@}
 
+  ///@{
   /// Ink limits in percent, with two decimals; a text of at most 255 characters, so that of more
   /// than 36 limits of spot colours only the first ones are stored, which are read back as the
   /// last. A count below 0 or above the 16 of the record is refused.
@@ -101,7 +113,9 @@ class VKCL_API VSDProfileHandler {
   /// channels keep their limits, and of more the first values are dropped.
   int WriteVKSingleInkLimits(const VKSingleInkLimitWithLinRef& limits);
   int ReadVKSingleInkLimits(VKSingleInkLimitWithLinRef& limits);
+  ///@}
 
+  ///@{
   /// The limits of a spot colour. Reading gives the record a new name, with a tab behind it that
   /// its readers expect, a new array of limits, and the size that goes with them. What the record
   /// held before is not released: it may be shared with copies, and is its owner's. A read that
@@ -109,6 +123,7 @@ class VKCL_API VSDProfileHandler {
   /// then let go.
   int WriteVKSpotSIL(const VKSpotSingleInkLimit& limits);
   int ReadVKSpotSIL(VKSpotSingleInkLimit& limits);
+  ///@}
 
  private:
   static int WriteProfileList(AXMLTreeNode& parent, const ProfileDataList& list);

@@ -21,8 +21,10 @@ class VKCL_API AXMLTreeNode {
  public:
   AXMLTreeNode() = default;
 
+  /// Whether the handle names an element.
   explicit operator bool() const noexcept { return element_ != nullptr; }
 
+  /// The name of the element.
   AString GetName() const;
 
   /// The text of the element: all its character data, those of CDATA sections included, without
@@ -46,6 +48,7 @@ class VKCL_API AXMLTreeNode {
   AXMLTreeNode GetChild(const AString& name) const;
   /// The child element at a place, counted from 0; comments and the like do not count.
   AXMLTreeNode GetChild(int index) const;
+  /// How many child elements there are.
   int GetChildCount() const;
   /// The next element that has the same parent.
   AXMLTreeNode GetNext() const;

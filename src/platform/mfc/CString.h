@@ -11,9 +11,12 @@
 class CString {
  public:
   CString() = default;
+  /// A null pointer gives the empty text.
   CString(const char* text) : text_(text != nullptr ? text : "") {}
 
+  /// Length in bytes.
   int GetLength() const { return static_cast<int>(text_.length()); }
+  /// The bytes with a terminating zero, valid until the text changes.
   const char* GetString() const { return text_.c_str(); }
 
  private:

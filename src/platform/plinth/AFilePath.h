@@ -12,12 +12,18 @@
 class VKCL_API AFilePath {
  public:
   AFilePath() = default;
+  ///@{
+  /// The path as it stands; a null pointer gives the empty path.
   AFilePath(const char* path) : path_(path != nullptr ? path : "") {}
   AFilePath(std::string path) : path_(std::move(path)) {}
   AFilePath(const AString& path) : path_(path.str()) {}
+  ///@}
 
+  ///@{
+  /// The path as text, valid until the object changes.
   const char* c_str() const noexcept { return path_.c_str(); }
   const std::string& str() const noexcept { return path_; }
+  ///@}
 
   /// From the last dot of the last component, the dot included; empty without one. A file that is
   /// named ".tmp" therefore has the extension ".tmp".
@@ -33,17 +39,22 @@ class VKCL_API AFilePath {
   /// Adds a component, with a separator before it where the path does not end in one.
   void appendComponent(const AString& name);
 
+  /// Whether the path names something, through links.
   bool exists() const noexcept;
+  /// Whether the path names a folder, through links.
   bool isDirectory() const noexcept;
   /// Whether both paths name one file: their full paths are equal, or the file system says so.
   bool isSameFile(const AFilePath& other) const noexcept;
   /// Removes the file that the path names. False when that failed.
   bool remove() const noexcept;
 
+  ///@{
+  /// Compares the texts; see isSameFile for the files.
   friend bool operator==(const AFilePath& a, const AFilePath& b) noexcept {
     return a.path_ == b.path_;
   }
   friend bool operator!=(const AFilePath& a, const AFilePath& b) noexcept { return !(a == b); }
+  ///@}
 
  private:
   std::size_t LastSeparator() const noexcept;

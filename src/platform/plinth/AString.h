@@ -11,28 +11,41 @@
 /// Text as the host keeps it: bytes, with a length of its own, that no operation here re-encodes.
 class VKCL_API AString {
  public:
+  /// No position: what `find` gives when there is none.
   static constexpr std::size_t npos = std::string::npos;
 
   AString() = default;
   /// A null pointer gives the empty string.
   AString(const char* text) : text_(text != nullptr ? text : "") {}
+  /// Takes `length` bytes, zeros included.
   AString(const char* bytes, std::size_t length) : text_(bytes, length) {}
+  /// Takes the bytes of `text`.
   AString(std::string text) : text_(std::move(text)) {}
 
+  /// The bytes with a terminating zero, valid until the string changes.
   const char* c_str() const noexcept { return text_.c_str(); }
+  /// Length in bytes.
   std::size_t length() const noexcept { return text_.length(); }
+  /// Whether the length is 0.
   bool empty() const noexcept { return text_.empty(); }
+  /// The bytes as a standard string.
   const std::string& str() const noexcept { return text_; }
 
+  ///@{
+  /// Compares byte by byte.
   friend bool operator==(const AString& a, const AString& b) noexcept { return a.text_ == b.text_; }
   friend bool operator!=(const AString& a, const AString& b) noexcept { return a.text_ != b.text_; }
   friend bool operator<(const AString& a, const AString& b) noexcept { return a.text_ < b.text_; }
+  ///@}
 
+  ///@{
+  /// Puts `tail` behind the bytes.
   AString& operator+=(const AString& tail) {
     text_ += tail.text_;
     return *this;
   }
   friend AString operator+(AString head, const AString& tail) { return head += tail; }
+  ///@}
 
   /// Compares without regard to the case of the letters A to Z; other bytes must be equal.
   /// Negative, zero or positive, as strcmp. Independent of the locale.

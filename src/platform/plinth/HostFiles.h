@@ -10,29 +10,40 @@
 
 namespace vkcl::host {
 
+/// An open file, as the system names it.
 using Handle = std::intptr_t;
+/// The handle of no file.
 inline constexpr Handle kNoHandle = -1;
 
-enum class Access { Read, Write, ReadWrite };
+/// What a file is opened for.
+enum class Access {
+  Read,      ///< for reading
+  Write,     ///< for writing
+  ReadWrite  ///< for both
+};
+/// Whether opening may create a file.
 enum class Creation {
   Never,      ///< the file must exist; its content stays
   Truncate,   ///< created, or emptied when it exists
   Exclusive,  ///< created; fails when it exists
 };
 
+/// Memory that a transfer fills.
 struct MutableSlice {
-  void* data;
-  std::size_t size;
+  void* data;        ///< first byte
+  std::size_t size;  ///< length in bytes
 };
 
+/// Memory that a transfer takes from.
 struct Slice {
-  const void* data;
-  std::size_t size;
+  const void* data;  ///< first byte
+  std::size_t size;  ///< length in bytes
 };
 
-/// Results of the two transfers below 0.
+/// Result of a transfer that failed.
 inline constexpr std::int64_t kFailed = -1;
-inline constexpr std::int64_t kInterrupted = -2;  ///< nothing was moved; the call may be repeated
+/// Result of a transfer that was interrupted: nothing was moved; the call may be repeated.
+inline constexpr std::int64_t kInterrupted = -2;
 
 /// Opens a file; kNoHandle on failure. The handle is not inherited by child processes and never
 /// waits for the other end of a pipe.
@@ -48,6 +59,7 @@ std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
 
 /// Length in bytes; -1 on failure.
 std::int64_t Length(Handle handle) noexcept;
+/// Cuts the file to a length, or extends it with zeros. False on failure.
 bool SetLength(Handle handle, std::uint64_t length) noexcept;
 /// False when the system reports that bytes written earlier did not reach the file. The handle
 /// is gone in either case.
@@ -63,6 +75,7 @@ bool TryLock(Handle handle) noexcept;
 /// How many names the file has; 0 for one that was removed while it is open, -1 on failure.
 int NameCount(Handle handle) noexcept;
 
+/// Removes a file. False on failure.
 bool Remove(const char* path) noexcept;
 /// Gives a file another name in the same folder; a file that has that name is replaced in one step.
 bool Rename(const char* from, const char* to) noexcept;
@@ -70,7 +83,9 @@ bool Rename(const char* from, const char* to) noexcept;
 void SyncFolder(const char* path) noexcept;
 /// Gives the file `to` the permissions of the file `from`, and its owner where that is allowed.
 bool CopyPermissions(const char* from, const char* to) noexcept;
+/// Whether the path names something, through links.
 bool Exists(const char* path) noexcept;
+/// Whether the path names a folder, through links.
 bool IsDirectory(const char* path) noexcept;
 
 /// Names of the regular files in a folder that begin with `prefix`; none of a folder that cannot be
@@ -83,8 +98,10 @@ std::string ExecutablePath();
 /// as it stands when that fails.
 std::string LongPath(const std::string& path);
 
+///@{
 /// The path as the file system takes it (wide characters on Windows), and back.
 std::filesystem::path SystemPath(const std::string& path);
 std::string NarrowPath(const std::filesystem::path& path);
+///@}
 
 }  // namespace vkcl::host

@@ -10,6 +10,7 @@
 
 namespace vkcl {
 
+///@{
 /// Makes what `write` writes the content of the file at `path`, which need not exist. A new file is
 /// created beside it and written; then the function has the system carry it to the medium, and
 /// gives it the name. Whoever opens the path, at any moment and after any crash, finds the old file
@@ -20,5 +21,6 @@ namespace vkcl {
 /// or may not be written: then the old file is as it was, and the new one is removed.
 VKCL_API bool ReplaceFile(const AFilePath& path, const std::function<bool(AFile& file)>& write);
 VKCL_API bool ReplaceFile(const AFilePath& path, std::string_view content);
+///@}
 
 }  // namespace vkcl

@@ -16,8 +16,10 @@ std::string HostTextToUtf8(std::string_view text);
 /// are lost: empty is the answer to a text that cannot be converted as a whole.
 std::string Utf8ToHostText(std::string_view utf8);
 
+///@{
 /// UTF-8 and wide characters (UTF-16 on Windows, UTF-32 elsewhere). What is no text becomes U+FFFD.
 std::wstring Utf8ToWide(std::string_view utf8);
 std::string WideToUtf8(std::wstring_view wide);
+///@}
 
 }  // namespace vkcl
