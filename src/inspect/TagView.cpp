@@ -63,7 +63,8 @@ std::string_view ByteSource::At(std::uint64_t offset, std::size_t length) {
   length = static_cast<std::size_t>(std::min<std::uint64_t>({length, kWindow, size_ - offset}));
   if (file_ == nullptr) return memory_.substr(static_cast<std::size_t>(offset), length);
   if (offset < windowAt_ || offset + length > windowAt_ + window_.size()) {
-    window_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, size_ - offset)));
+    window_.resize(static_cast<std::size_t>(
+        std::min<std::uint64_t>(std::max(length, ahead_), size_ - offset)));
     windowAt_ = offset;
     if (!file_->seek(start_ + offset) ||
         file_->read(window_.data(), window_.size()) != window_.size()) {

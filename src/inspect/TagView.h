@@ -25,8 +25,9 @@ class VKCL_API ByteSource {
   /// `bytes` stay the caller's, and must outlive the source.
   explicit ByteSource(std::string_view bytes) : memory_(bytes), size_(bytes.size()) {}
   /// `size` bytes from `start` of an open file, which must outlive the source and is moved about.
-  ByteSource(AFile& file, std::uint64_t start, std::uint64_t size)
-      : file_(&file), start_(start), size_(size) {}
+  /// Each time that the file is read, `ahead` bytes are, or what is asked for where that is more.
+  ByteSource(AFile& file, std::uint64_t start, std::uint64_t size, std::size_t ahead = kWindow)
+      : file_(&file), start_(start), size_(size), ahead_(ahead) {}
 
   /// Length in bytes.
   std::uint64_t size() const { return size_; }
@@ -41,6 +42,7 @@ class VKCL_API ByteSource {
   AFile* file_ = nullptr;
   std::uint64_t start_ = 0;
   std::uint64_t size_ = 0;
+  std::size_t ahead_ = kWindow;
   bool good_ = true;
   std::vector<char> window_;
   std::uint64_t windowAt_ = 0;
