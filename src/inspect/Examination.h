@@ -1,14 +1,19 @@
 // The examination of a profile file, shared by the source files that each check a part of it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "inspect/ProfileCheck.h"
-#include "platform/Bytes.h"
+#include "inspect/TagView.h"
+#include "platform/plinth/AFile.h"
+#include "profile/TableLayout.h"
 
 namespace vkcl {
 
@@ -16,40 +21,54 @@ struct Entry {
   std::uint32_t sig;
   std::uint32_t offset;
   std::uint32_t size;
+  std::uint32_t type = 0;
+  bool typed = false;  // it lies in the file, behind the table, and is long enough for a type
 
   std::uint64_t end() const { return std::uint64_t{offset} + size; }
 };
 
-/// The file under examination, and what has been found in it. Its parts stand in ProfileCheck.cpp
-/// (header), LayoutCheck.cpp (table and places) and TagCheck.cpp (tags that there must be, and
-/// types).
+/// The file under examination, and what has been found in it. Of the file only the header, the
+/// table, and what the tags say of themselves is read, so its length does not matter; the time
+/// grows with the number of tags. Its parts stand in ProfileCheck.cpp (header), LayoutCheck.cpp
+/// (table and places) and TagCheck.cpp (tags that there must be, their types, private tags).
 class Examination {
  public:
-  explicit Examination(std::span<const char> bytes) : bytes_(bytes) {}
+  /// The file is open, stays so, and has `size` bytes.
+  Examination(AFile& file, std::uint64_t size);
 
   std::vector<Finding> Run();
+  /// False when the file gave fewer bytes than its length says: the findings mean nothing then.
+  bool good() const { return bytes_.good(); }
 
  private:
   void Find(Severity severity, const char* rule, const char* clause, std::string text,
             std::uint32_t tag = 0);
+  void TellHowManyMore();
 
-  std::uint32_t At(std::size_t offset) const { return LoadBig32(bytes_.data() + offset); }
-  std::uint32_t Short(std::size_t offset) const { return LoadBig16(bytes_.data() + offset); }
+  // The file's numbers; what lies behind its end is zeros.
+  std::uint32_t Long(std::uint64_t offset);
+  /// Those of the header and the number of tags.
+  std::uint32_t At(std::size_t offset) const;
+  bool HeadIsZero(std::size_t from, std::size_t to) const;
+
   bool Holds(const Entry& tag) const { return tag.end() <= bytes_.size(); }
-  std::uint32_t TypeOf(const Entry& tag) const { return At(tag.offset); }
+  /// The first tag of that signature, which is the one that readers take; null without one.
   const Entry* FindTag(std::uint32_t sig) const;
+  bool IsVersion4() const { return At(8) >> 24 >= 4; }
 
   // The header.
   bool CheckStart();
   void CheckSize();
-  void CheckSignatures();
+  void CheckVersion();
+  void CheckSpaces();
   void CheckDate();
+  void CheckSignatures();
   void CheckRest();
 
   // The table, and how the data lie.
   bool ReadTable();
   void CheckTable();
-  void CheckEntry(const Entry& tag);
+  void CheckEntry(Entry& tag);
   void CheckPlaces();
   void CheckNeighbours(const Entry& first, const Entry& second);
   void CheckPadding(std::uint64_t from, std::uint64_t to);
@@ -59,10 +78,15 @@ class Examination {
   void CheckRequired();
   void CheckTypes();
   void CheckPrivate();
+  void CheckPayload(const Entry& tag);
 
-  std::span<const char> bytes_;
+  AFile& file_;
+  ByteSource bytes_;
+  std::array<char, kTableStart> head_{};
   std::vector<Entry> table_;
-  bool allPlaced_ = false;  // every tag lies in the file, behind the table
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> bySignature_;  // and index, in that order
+  bool allPlaced_ = false;                          // every tag lies in the file, behind the table
+  std::map<std::string_view, std::size_t> counts_;  // findings of a rule
   std::vector<Finding> findings_;
 };
 

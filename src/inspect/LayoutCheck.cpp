@@ -1,9 +1,9 @@
 // The tag table (ICC.1:2001-04, 6.2), and how the tag data lie in the file.
 #include <algorithm>
 #include <iterator>
-#include <map>
 
 #include "inspect/Examination.h"
+#include "platform/Bytes.h"
 #include "profile/SignatureText.h"
 #include "profile/TableLayout.h"
 #include "profile/icc.h"
@@ -16,29 +16,40 @@ using std::to_string;
 bool Examination::ReadTable() {
   const std::uint32_t count = At(sizeof(icHeader));
   if (TableEnd(count) > bytes_.size()) {
-    Find(Error, "table.count", "6.2.1",
+    Find(Error, "table.count", "6.2",
          "the table of " + to_string(count) + " tags does not fit the file");
     return false;
   }
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const std::size_t at = kTableStart + kTableEntry * std::size_t{i};
-    table_.push_back({At(at), At(at + 4), At(at + 8)});
+  if (count == 0) {
+    Find(Warning, "table.empty", "6.2", "there are no tags");
+    return false;
   }
-  if (count == 0) Find(Warning, "table.empty", "6.2.1", "there are no tags");
+  table_.reserve(count);
+  bySignature_.reserve(count);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const std::uint64_t at = kTableStart + kTableEntry * std::uint64_t{i};
+    table_.push_back({Long(at), Long(at + 4), Long(at + 8)});
+    bySignature_.emplace_back(table_.back().sig, i);
+  }
+  std::sort(bySignature_.begin(), bySignature_.end());
   return true;
 }
 
-void Examination::CheckEntry(const Entry& tag) {
+void Examination::CheckEntry(Entry& tag) {
   const std::string place =
       "offset " + to_string(tag.offset) + ", " + to_string(tag.size) + " bytes";
+  if (!IsPrintableSignature(tag.sig)) {
+    Find(Note, "table.unprintable", "6.2.1", "its signature is no printable text", tag.sig);
+  }
   if (!Holds(tag)) {
-    Find(Error, "table.beyond-end", "6.2.2", "it reaches beyond the end of the file: " + place,
+    Find(Error, "table.beyond-end", "6.2", "it reaches beyond the end of the file: " + place,
          tag.sig);
     return;
   }
   if (tag.offset < TableEnd(table_.size())) {
     Find(Error, "table.in-head", "6.2.2", "it lies within the header or the table: " + place,
          tag.sig);
+    return;
   }
   if (tag.offset % 4 != 0) {
     Find(Warning, "table.unaligned", "6.2.2", "it does not begin on a multiple of 4: " + place,
@@ -46,27 +57,37 @@ void Examination::CheckEntry(const Entry& tag) {
   }
   if (tag.size < 8) {
     Find(Warning, "tag.no-type", "6.5", "it is too short to have a type: " + place, tag.sig);
-  } else if (At(tag.offset + 4) != 0) {
+    return;
+  }
+  tag.typed = true;
+  tag.type = Long(tag.offset);
+  if (Long(tag.offset + std::uint64_t{4}) != 0) {
     Find(Note, "tag.reserved", "6.5", "the reserved bytes behind its type are not zero", tag.sig);
   }
 }
 
+const Entry* Examination::FindTag(std::uint32_t sig) const {
+  const auto found =
+      std::lower_bound(bySignature_.begin(), bySignature_.end(), std::pair(sig, std::uint32_t{0}));
+  return found != bySignature_.end() && found->first == sig ? &table_[found->second] : nullptr;
+}
+
 void Examination::CheckTable() {
-  std::map<std::uint32_t, int> seen;
-  for (const Entry& tag : table_) {
-    if (++seen[tag.sig] == 2) {
+  for (std::size_t i = 1; i < bySignature_.size(); ++i) {
+    const std::uint32_t sig = bySignature_[i].first;
+    const bool second = sig == bySignature_[i - 1].first;
+    if (second && (i == 1 || sig != bySignature_[i - 2].first)) {
       Find(Error, "table.duplicate", "6.2", "its signature stands more than once in the table",
-           tag.sig);
+           sig);
     }
-    CheckEntry(tag);
   }
+  for (Entry& tag : table_) CheckEntry(tag);
 }
 
 void Examination::CheckPadding(std::uint64_t from, std::uint64_t to) {
-  const auto* first = bytes_.data() + from;
-  const auto* last = bytes_.data() + to;
-  if (std::any_of(first, last, [](char c) { return c != 0; })) {
-    Find(Note, "layout.padding", "6.2.2", "padding bytes at " + to_string(from) + " are not zero");
+  const std::string_view padding = bytes_.At(from, static_cast<std::size_t>(to - from));
+  if (padding.find_first_not_of('\0') != std::string_view::npos) {
+    Find(Note, "layout.padding", "", "padding bytes at " + to_string(from) + " are not zero");
   }
 }
 
@@ -76,11 +97,11 @@ void Examination::CheckNeighbours(const Entry& first, const Entry& second) {
     Find(Note, "layout.shared", "6.2", "it shares its data with '" + SignatureText(first.sig) + "'",
          second.sig);
   } else if (second.offset < first.end()) {
-    Find(Warning, "layout.overlap", "6.2.2",
+    Find(Warning, "layout.overlap", "",
          "its data overlap those of '" + SignatureText(first.sig) + "'", second.sig);
   } else if (second.offset > PadTo4(first.end())) {
     if (!allPlaced_) return;  // a tag that lies elsewhere is told of already
-    Find(Note, "layout.gap", "6.2.2",
+    Find(Note, "layout.gap", "",
          to_string(second.offset - first.end()) + " bytes before it belong to no tag", second.sig);
   } else {
     CheckPadding(first.end(), second.offset);
@@ -92,9 +113,9 @@ void Examination::CheckEnd(std::uint64_t end) {
   const std::uint64_t size = std::min<std::uint64_t>(At(0), bytes_.size());
   if (end > size) return;
   if (PadTo4(end) > size) {
-    Find(Note, "layout.unpadded-end", "6.2.2", "the last tag is not filled up to a multiple of 4");
+    Find(Note, "layout.unpadded-end", "", "the last tag is not filled up to a multiple of 4");
   } else if (PadTo4(end) < size) {
-    Find(Note, "layout.gap", "6.2.2", to_string(size - end) + " bytes at the end belong to no tag");
+    Find(Note, "layout.gap", "", to_string(size - end) + " bytes at the end belong to no tag");
   } else {
     CheckPadding(end, size);
   }
@@ -118,7 +139,7 @@ void Examination::CheckPlaces() {
   if (placed.empty()) return;
   const std::uint64_t start = TableEnd(table_.size());
   if (allPlaced_ && placed.front().offset > PadTo4(start)) {
-    Find(Note, "layout.gap", "6.2.2",
+    Find(Note, "layout.gap", "",
          to_string(placed.front().offset - start) + " bytes before it belong to no tag",
          placed.front().sig);
   }

@@ -29,9 +29,10 @@ struct VKCL_API Finding {
 };
 
 /// Looks at header, tag table, layout of the tag data, the tags that the class asks for, their
-/// types, and the heads of the private tags. Findings in the order of the file; none for a file
-/// that is as it should be. A file that cannot be read at all gives the finding "file.unreadable".
-/// When memory is short so does the file.
+/// types, and the private tags; part after part, each in the order of the file. None for a file
+/// that is as it should be. At most 100 findings of a rule, and then a note that tells how many
+/// more. A file that cannot be read gives the finding "file.unreadable", as one does when memory is
+/// short.
 VKCL_API std::vector<Finding> CheckProfile(const AFilePath& path) noexcept;
 
 /// The gravest of the findings; Note for none.

@@ -69,7 +69,7 @@ enum icTagTypeSignature : std::uint32_t {
   icSigTextType = icSignature("text"),
 };
 
-/// Platforms (6.1.8).
+/// Platforms (6.1.7).
 enum icPlatformSignature : std::uint32_t {
   icSigMicrosoft = icSignature("MSFT"),
 };
