@@ -30,7 +30,9 @@ struct Entry {
 /// The file under examination, and what has been found in it. Of the file only the header, the
 /// table, and what the tags say of themselves is read, so its length does not matter; the time
 /// grows with the number of tags. Its parts stand in ProfileCheck.cpp (header), LayoutCheck.cpp
-/// (table and places) and TagCheck.cpp (tags that there must be, their types, private tags).
+/// (table and places), TagCheck.cpp (tags that there must be, their types, private tags),
+/// TypeCheck.cpp (what the types say of their length) and TableCheck.cpp (multi-dimensional
+/// tables).
 class Examination {
  public:
   /// The file is open, stays so, and has `size` bytes.
@@ -47,6 +49,8 @@ class Examination {
 
   // The file's numbers; what lies behind its end is zeros.
   std::uint32_t Long(std::uint64_t offset);
+  std::uint32_t Short(std::uint64_t offset) { return Long(offset) >> 16; }
+  std::uint32_t Byte(std::uint64_t offset) { return Long(offset) >> 24; }
   /// Those of the header and the number of tags.
   std::uint32_t At(std::size_t offset) const;
   bool HeadIsZero(std::size_t from, std::size_t to) const;
@@ -79,6 +83,19 @@ class Examination {
   void CheckTypes();
   void CheckPrivate();
   void CheckPayload(const Entry& tag);
+
+  // What a tag of a known type says of its length, and its values.
+  void CheckContent(const Entry& tag);
+  bool CheckLength(const Entry& tag, std::uint64_t needed, const char* clause, bool exact);
+  void CheckValues(const Entry& tag);
+  void CheckTextEnd(const Entry& tag, std::uint64_t end, const char* clause);
+  void CheckDescription(const Entry& tag);
+  void CheckParametric(const Entry& tag);
+  void CheckTranslations(const Entry& tag);
+  void CheckBlocks(const Entry& tag, int blocks, std::uint32_t unit, const char* clause);
+  void CheckProcessing(const Entry& tag);
+  void CheckLut(const Entry& tag);
+  void CheckLutSpaces(const Entry& tag, const char* clause);
 
   AFile& file_;
   ByteSource bytes_;

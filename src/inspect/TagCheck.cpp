@@ -161,11 +161,14 @@ void Examination::CheckTypes() {
     const Entry* tag = FindTag(row.tag.value);
     if (tag == nullptr || !tag->typed) continue;
     const bool newer = Has(row.version4, tag->type);
-    if (Has(row.types, tag->type) || (newer && IsVersion4())) continue;
-    Find(Warning, "tag.type", row.clause,
-         "its type is '" + SignatureText(tag->type) +
-             (newer ? "', which version 2 does not have" : "', which it may not have"),
-         tag->sig);
+    if (Has(row.types, tag->type) || (newer && IsVersion4())) {
+      CheckContent(*tag);
+    } else {
+      Find(Warning, "tag.type", row.clause,
+           "its type is '" + SignatureText(tag->type) +
+               (newer ? "', which version 2 does not have" : "', which it may not have"),
+           tag->sig);
+    }
   }
 }
 

@@ -48,5 +48,6 @@ struct Defect {
 const std::vector<Defect>& HeaderDefects();
 const std::vector<Defect>& LayoutDefects();
 const std::vector<Defect>& TagDefects();
+const std::vector<Defect>& ContentDefects();
 
 }  // namespace vkcl::testing

@@ -39,7 +39,7 @@ std::string FindingsText(const std::vector<Finding>& findings) {
 
 std::vector<Defect> AllDefects() {
   std::vector<Defect> all;
-  for (const auto* list : {&HeaderDefects(), &LayoutDefects(), &TagDefects()}) {
+  for (const auto* list : {&HeaderDefects(), &LayoutDefects(), &TagDefects(), &ContentDefects()}) {
     all.insert(all.end(), list->begin(), list->end());
   }
   return all;
