@@ -1,0 +1,222 @@
+#!/usr/bin/env python3
+"""Kills the tool in the middle of edits: the profile must be the old one or the new one, whole.
+
+usage: kill_edits.py TOOL REAL_PROFILE_FOLDER [--kills N] [--seed S] [--verb VERB]
+       kill_edits.py TOOL REAL_PROFILE_FOLDER --calls [--verb VERB]
+
+Each verb is tried on a profile in table order and on one whose tags share blocks. Without --calls
+it is killed N times at random moments of its run; with it, by strace, before each system call from
+the first that names the profile on. Exit 77 where strace is missing or may not trace.
+"""
+import argparse
+import collections
+import ctypes
+import ctypes.util
+import os
+import pathlib
+import random
+import shutil
+import signal
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+PROFILES = {"ordered": "ghostscript/esrgb.icc", "shared": "ghostscript/default_cmyk.icc"}
+LINK = "ghostscript/srgb.icc"
+OWN = ["ColorParam.Make=Acme", "SingleInkLimit.limits=100,95,90,85", "MultiInkLimit.limits[4]=180"]
+VERBS = ["set", "embed", "merge", "unlock", "lock"]
+SKIPPED = 77
+
+
+def run(*words):
+    subprocess.run(words, stdout=subprocess.DEVNULL, check=True)
+
+
+class LittleCms:
+    """Whether Little CMS opens a profile and reads every tag of it."""
+
+    def __init__(self):
+        self.lib = ctypes.CDLL(ctypes.util.find_library("lcms2"))
+        self.lib.cmsOpenProfileFromMem.restype = ctypes.c_void_p
+        self.seen = {}
+
+    def reads(self, content):
+        if content not in self.seen:
+            self.seen[content] = self.read(content)
+        return self.seen[content]
+
+    def read(self, content):
+        profile = self.lib.cmsOpenProfileFromMem(content, ctypes.c_uint32(len(content)))
+        if not profile:
+            return False
+        profile = ctypes.c_void_p(profile)
+        count = self.lib.cmsGetTagCount(profile)
+        lengths = [self.lib.cmsReadRawTag(profile, self.lib.cmsGetTagSignature(
+            profile, ctypes.c_uint32(i)), None, ctypes.c_uint32(0)) for i in range(count)]
+        self.lib.cmsCloseProfile(profile)
+        return count > 0 and all(length > 0 for length in lengths)
+
+
+class Edit:
+    """One verb on one profile, in a folder of its own."""
+
+    def __init__(self, tool, real, folder, verb, layout):
+        self.name = f"{verb} {layout}"
+        self.folder = folder / self.name.replace(" ", "-")
+        self.folder.mkdir()
+        self.path = self.folder / "press.icc"
+        other = folder / f"{self.folder.name}-other.icc"
+        shutil.copyfile(real / PROFILES[layout], self.path)
+        shutil.copyfile(real / LINK, other)
+        if verb in ("unlock", "lock"):
+            run(tool, "set", str(self.path), *OWN)
+        if verb == "lock":
+            run(tool, "unlock", str(self.path))
+        if verb == "merge":
+            run(tool, "set", str(other), *OWN)
+        path = str(self.path)
+        self.command = {"set": [tool, "set", path, *OWN, "Wizard.value=1"],
+                        "embed": [tool, "embed", path, "profile1", str(other)],
+                        "merge": [tool, "merge", str(other), path],
+                        "unlock": [tool, "unlock", path],
+                        "lock": [tool, "lock", path]}[verb]
+        self.old = self.path.read_bytes()
+        self.new = None
+        self.counts = collections.Counter()
+
+    def restore(self):
+        self.path.write_bytes(self.old)
+
+    def leftovers(self):
+        return [path for path in self.folder.iterdir() if path != self.path]
+
+    def undisturbed(self):
+        """The profile after the edit, and how long that took. It must be all that there is."""
+        self.restore()
+        process = subprocess.Popen(self.command, stdout=subprocess.DEVNULL)
+        start = time.perf_counter()
+        assert process.wait() == 0, self.name
+        took = time.perf_counter() - start
+        assert not self.leftovers(), (self.name, self.leftovers())
+        return self.path.read_bytes(), took
+
+    def judge(self, little_cms):
+        """Looks at what a killed edit has left, and edits again."""
+        content = self.path.read_bytes()
+        kind = "old" if content == self.old else "new" if content == self.new else "other"
+        if not little_cms.reads(content):
+            kind = "other"
+        self.counts[kind] += 1
+        if kind == "other":
+            print(f"{self.name}: {len(content)} bytes that are neither the old nor the new profile")
+        if self.leftovers():
+            self.counts["leftovers"] += 1
+            if self.undisturbed()[0] != self.new:
+                self.counts["other"] += 1
+                print(f"{self.name}: the next edit gives something else")
+        if self.path.read_bytes() != self.old:
+            self.restore()
+
+
+def prepare(edits, little_cms):
+    """What each edit gives, by undisturbed runs in different seconds."""
+    for edit in edits:
+        edit.new, _ = edit.undisturbed()
+        assert edit.new != edit.old, edit.name
+        assert little_cms.reads(edit.old) and little_cms.reads(edit.new), edit.name
+    time.sleep(1.1)
+    for edit in edits:
+        assert edit.undisturbed()[0] == edit.new, f"{edit.name} depends on the time"
+
+
+def kill_at_random(edits, kills, seed, little_cms):
+    chance = random.Random(seed)
+    print(f"seed {seed}")
+    for number, edit in enumerate(edits):
+        duration = statistics.median(edit.undisturbed()[1] for _ in range(7))
+        edit.restore()
+        share = kills // len(edits) + (number < kills % len(edits))
+        for _ in range(share):
+            moment = chance.uniform(0, 1.1 * duration)
+            process = subprocess.Popen(edit.command, stdout=subprocess.DEVNULL)
+            end = time.perf_counter() + moment
+            while time.perf_counter() < end:
+                pass
+            process.kill()
+            edit.counts["killed" if process.wait() == -signal.SIGKILL else "ended before"] += 1
+            edit.judge(little_cms)
+        print(f"{edit.name}: {1000 * duration:.1f} ms; {dict(edit.counts)}", flush=True)
+
+
+def may_trace():
+    if shutil.which("strace") is None:
+        return False
+    return subprocess.run(["strace", "-o", os.devnull, "true"], stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL, check=False).returncode == 0
+
+
+def calls_of(edit, log):
+    """The system calls from the first that names the profile on: names, and the how manieth each
+    is of its name."""
+    edit.restore()
+    run("strace", "-o", str(log), *edit.command)
+    lines = [line for line in log.read_text("utf-8", "replace").splitlines() if "(" in line]
+    count = collections.Counter()
+    calls = []
+    for line in lines:
+        name = line.split("(")[0]
+        count[name] += 1
+        if name != "execve" and (calls or str(edit.path) in line):
+            calls.append((name, count[name]))
+    return calls
+
+
+def kill_at_calls(edits, little_cms):
+    # Leaks cannot be looked for under a tracer.
+    os.environ["ASAN_OPTIONS"] = os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
+    for edit in edits:
+        edit.restore()
+        for name, number in calls_of(edit, edit.folder.parent / "calls"):
+            edit.restore()
+            ended = subprocess.run(["strace", "-qq", "-o", os.devnull, "-e", f"trace={name}", "-e",
+                                    f"inject={name}:signal=KILL:when={number}", *edit.command],
+                                   stdout=subprocess.DEVNULL, check=False).returncode
+            killed = ended in (-signal.SIGKILL, 128 + signal.SIGKILL)
+            assert killed or ended == 0, (edit.name, name, number, ended)
+            edit.counts["killed" if killed else "ended before"] += 1
+            edit.judge(little_cms)
+        print(f"{edit.name}: {dict(edit.counts)}", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("tool")
+    parser.add_argument("real", type=pathlib.Path)
+    parser.add_argument("--kills", type=int, default=150)
+    parser.add_argument("--seed", type=int, default=20011204)
+    parser.add_argument("--verb", choices=VERBS)
+    parser.add_argument("--calls", action="store_true")
+    given = parser.parse_args()
+    if given.calls and not may_trace():
+        print("SKIPPED: strace is not installed, or may not trace here")
+        return SKIPPED
+    verbs = [given.verb] if given.verb else VERBS
+    little_cms = LittleCms()
+    with tempfile.TemporaryDirectory(prefix="vkcl-kill-") as name:
+        edits = [Edit(given.tool, given.real, pathlib.Path(name), verb, layout)
+                 for verb in verbs for layout in PROFILES]
+        prepare(edits, little_cms)
+        if given.calls:
+            kill_at_calls(edits, little_cms)
+        else:
+            kill_at_random(edits, given.kills, given.seed, little_cms)
+        total = sum((edit.counts for edit in edits), collections.Counter())
+    print(f"all: {dict(total)}")
+    # Killed edits that never leave a new file behind were not killed in the middle.
+    return 0 if total["other"] == 0 and total["leftovers"] > 0 else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
