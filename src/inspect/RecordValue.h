@@ -31,6 +31,12 @@ std::string AppendValue(FieldType type, bool isString, std::string_view text,
 
 class RecordValue {
  public:
+  // Fields hold records, and records fields: these stand where both are known.
+  RecordValue();
+  ~RecordValue();
+  RecordValue(RecordValue&& other) noexcept;
+  RecordValue& operator=(RecordValue&& other) noexcept;
+
   /// The value of a field that was not given before; null when it was.
   FieldValue* Add(const FieldSchema& field);
 
