@@ -14,6 +14,7 @@
 #include "WhyInvalid.h"
 #include "handler/StoredList.h"
 #include "handler/StoredSplit.h"
+#include "inspect/ProfileNames.h"
 #include "platform/plinth/AFile.h"
 
 namespace vkcl::tool {
@@ -22,33 +23,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kDataHead = 12;
-
-struct Named {
-  std::uint32_t value;
-  const char* name;
-};
-
-constexpr Named kClasses[] = {
-    {icSigInputClass, "input"},
-    {icSigDisplayClass, "display"},
-    {icSigOutputClass, "output"},
-    {icSigLinkClass, "device link"},
-    {icSigColorSpaceClass, "colour space conversion"},
-    {icSigAbstractClass, "abstract"},
-    {icSigNamedColorClass, "named colours"},
-};
-
-constexpr const char* kStateNames[] = {
-    "none",         "ink limits",       "ink split",        "linearisation", "multiple ink limits",
-    "gray balance", "characterisation", "finished profile",
-};
-
-const char* NameOf(std::span<const Named> table, std::uint32_t value, const char* otherwise) {
-  for (const Named& row : table) {
-    if (row.value == value) return row.name;
-  }
-  return otherwise;
-}
 
 // The payload of a tag as stored; false when it cannot be read.
 bool ReadPayload(const VKCLProfile& profile, VKPrivateTagSignature signature, VKPrivateTag& tag) {
@@ -224,12 +198,13 @@ Json DescribePrivateTags(const VKCLProfileHandler& handler, const VKCLProfile& p
 
 Json DescribeHeader(const VKCLProfile& profile) {
   const icHeader& header = profile.header;
+  const char* className = ClassName(header.deviceClass);
   return {
       {"size", header.size},
       {"version", fmt::format("{}.{}.{}", header.version >> 24, header.version >> 20 & 15,
                               header.version >> 16 & 15)},
       {"class", SignatureText(header.deviceClass)},
-      {"className", NameOf(kClasses, header.deviceClass, "unknown class")},
+      {"className", className != nullptr ? className : "unknown class"},
       {"colorSpace", SignatureText(header.colorSpace)},
       {"pcs", SignatureText(header.pcs)},
       {"created",
@@ -260,7 +235,8 @@ std::string TitleOf(std::uint32_t signature) {
 }
 
 std::string StateName(int state) {
-  return state >= 0 && state < static_cast<int>(std::size(kStateNames)) ? kStateNames[state] : "?";
+  const char* name = FinishedStateName(state);
+  return name != nullptr ? name : "?";
 }
 
 Json Describe(const std::string& path, int channels) {
