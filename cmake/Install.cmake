@@ -31,6 +31,7 @@ set(vkcl_internal_headers
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")
 list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})
+list(FILTER vkcl_headers EXCLUDE REGEX "^inspect/report/")
 foreach(header IN LISTS vkcl_headers)
   get_filename_component(folder "${header}" DIRECTORY)
   install(FILES "${PROJECT_SOURCE_DIR}/src/${header}"
