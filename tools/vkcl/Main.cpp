@@ -18,6 +18,7 @@
 #include "DocumentCommands.h"
 #include "InfoText.h"
 #include "LifeCommands.h"
+#include "ReportCommand.h"
 #include "Set.h"
 #include "SplitCommands.h"
 #include "Text.h"
@@ -95,6 +96,7 @@ class Verbs {
     AddCheck();
     AddDocument();
     AddDiff();
+    AddReport();
   }
   int code() const { return code_; }
 
@@ -272,6 +274,15 @@ class Verbs {
     verb->add_option("AFTER", diff_.after, "Another one")->required();
     verb->add_flag("--json", diff_.json, "As a JSON array with an object for each difference");
     verb->add_flag("--all", diff_.all, "Every difference, not only the first of each tag");
+  }
+
+  void AddReport() {
+    CLI::App* verb = Add("report", "Write a page about profiles, to read before a meeting",
+                         "vkcl report press.icc -o press.html",
+                         [this] { Show(vkcl::tool::Report(info_.files, other_, force_)); });
+    verb->add_option("FILE", info_.files, "Profile files")->required();
+    verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")->required();
+    verb->add_flag("--force", force_, "Replace an existing file");
   }
 
   void AddVsd() {

@@ -1,0 +1,41 @@
+#include "ReportCommand.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "Text.h"
+#include "inspect/ProfileReport.h"
+
+namespace vkcl::tool {
+namespace {
+
+bool WriteToStandardOutput(std::string_view piece) {
+  return std::fwrite(piece.data(), 1, piece.size(), stdout) == piece.size();
+}
+
+}  // namespace
+
+Result Report(const std::vector<std::string>& profiles, const std::string& output, bool force) {
+  const std::vector<AFilePath> paths(profiles.begin(), profiles.end());
+  if (output == "-") {
+    const bool written = WriteReport(paths, WriteToStandardOutput) && std::fflush(stdout) == 0;
+    return written ? Done({}) : Refused("the output cannot be written");
+  }
+  const AFilePath page(output);
+  const bool isInput = std::any_of(paths.begin(), paths.end(),
+                                   [&](const AFilePath& path) { return page.isSameFile(path); });
+  if (isInput) return Refused("a profile is not replaced by the page about it");
+  if (page.exists() && !force) {
+    return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
+  }
+  if (!WriteReportFile(paths, page)) {
+    return Refused(fmt::format("{} could not be written", Printable(output)));
+  }
+  return Done(fmt::format("{} profile{} in {}", profiles.size(), profiles.size() == 1 ? "" : "s",
+                          Printable(output)) +
+              '\n');
+}
+
+}  // namespace vkcl::tool
