@@ -1,22 +1,19 @@
-// vkcl: look at and change the private data of ICC profiles.
-// Exit codes: 0 done, 1 refused or failed, with the reason on the error output, 2 usage.
+#include "Verbs.h"
+
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <cstdio>
-#include <functional>
-#include <iostream>
-#include <nlohmann/json.hpp>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CheckCommands.h"
 #include "ColorCommands.h"
+#include "Complain.h"
 #include "DataCommands.h"
-#include "Describe.h"
 #include "DiffCommand.h"
 #include "DocumentCommands.h"
-#include "InfoText.h"
+#include "InfoCommand.h"
 #include "LifeCommands.h"
 #include "ReportCommand.h"
 #include "Set.h"
@@ -25,10 +22,8 @@
 #include "VsdCommands.h"
 #include "inspect/SchemaText.h"
 
+namespace vkcl::tool {
 namespace {
-
-using vkcl::tool::ChangeOptions;
-using vkcl::tool::Outcome;
 
 struct InfoOptions {
   std::vector<std::string> files;
@@ -42,40 +37,6 @@ struct SetOptions {
   int channels = 0;
   int create = 0;
 };
-
-void Complain(const std::string& file, const std::string& why) {
-  fmt::print(stderr, "vkcl: {}: {}\n", vkcl::tool::Printable(file), why);
-}
-
-int RunInfo(const InfoOptions& options) {
-  nlohmann::ordered_json documents = nlohmann::ordered_json::array();
-  bool refused = false;
-  for (const std::string& file : options.files) {
-    nlohmann::ordered_json document = vkcl::tool::Describe(file, options.channels);
-    if (!document["valid"].get<bool>()) {
-      Complain(file, document["reason"].get<std::string>());
-      refused = true;
-    }
-    if (options.json) {
-      documents.push_back(std::move(document));
-    } else if (document.contains("header")) {
-      fmt::print("{}", vkcl::tool::InfoText(document));
-    }
-  }
-  if (options.json) fmt::print("{}\n", documents.dump(2, ' ', vkcl::tool::kAsciiOnly));
-  return static_cast<int>(refused ? Outcome::Refused : Outcome::Done);
-}
-
-int RunSet(const SetOptions& options, const ChangeOptions& how) {
-  const vkcl::tool::Result result = vkcl::tool::SetFields(options.file, options.assignments,
-                                                          options.channels, options.create, how);
-  if (result.outcome == Outcome::Done) {
-    fmt::print("{}: {}\n", vkcl::tool::Printable(options.file), result.message);
-  } else {
-    Complain(options.file, result.message);
-  }
-  return static_cast<int>(result.outcome);
-}
 
 constexpr const char* kChannelsHelp =
     "Channels of the profile, for colour spaces that do not tell (0: from the header)";
@@ -102,18 +63,22 @@ class Verbs {
 
  private:
   void AddInfo() {
-    CLI::App* verb = Add("info", "Say what profile files are and hold",
-                         "vkcl info --json press.icc", [this] { code_ = RunInfo(info_); });
+    CLI::App* verb =
+        Add("info", "Say what profile files are and hold", "vkcl info --json press.icc",
+            [this] { code_ = static_cast<int>(Info(info_.files, info_.json, info_.channels)); });
     verb->add_option("FILE", info_.files, "Profile files")->required();
     verb->add_flag("--json", info_.json, "One JSON array with a document for each file");
     verb->add_option("--channels", info_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
   }
 
   void AddSet() {
-    CLI::App* verb = Add("set", "Set fields of the stored records",
-                         "vkcl set press.icc ColorParam.Make=Acme "
-                         "'SingleInkLimit.limits=100,95,90,85'",
-                         [this] { code_ = RunSet(set_, how_); });
+    CLI::App* verb = Add(
+        "set", "Set fields of the stored records",
+        "vkcl set press.icc ColorParam.Make=Acme "
+        "'SingleInkLimit.limits=100,95,90,85'",
+        [this] {
+          Tell(set_.file, SetFields(set_.file, set_.assignments, set_.channels, set_.create, how_));
+        });
     AddFile(verb, set_.file);
     verb->add_option(
             "ASSIGNMENT", set_.assignments,
@@ -123,55 +88,54 @@ class Verbs {
     AddHow(verb);
     verb->add_option("--create", set_.create,
                      "Make a minimal profile of as many channels (3 to 16) if there is no file");
-    verb->footer("Records and fields:\n" + vkcl::tool::SettableFields() + '\n' +
-                 verb->get_footer());
+    verb->footer("Records and fields:\n" + SettableFields() + '\n' + verb->get_footer());
   }
 
   void AddLife() {
-    CLI::App* verb = Add("merge", "Append the private tags of a profile to a standard one",
-                         "vkcl merge ours.icc standard.icc",
-                         [this] { Tell({}, vkcl::tool::Merge(file_, other_, how_)); });
+    CLI::App* verb =
+        Add("merge", "Append the private tags of a profile to a standard one",
+            "vkcl merge ours.icc standard.icc", [this] { Tell({}, Merge(file_, other_, how_)); });
     verb->add_option("SOURCE", file_, "One of the system's own profiles")->required();
     verb->add_option("TARGET", other_, "The standard profile, which is changed")->required();
     AddHow(verb);
 
     verb = Add("strip", "Write a copy without private tags", "vkcl strip ours.icc clean.icc",
-               [this] { Tell(file_, vkcl::tool::Strip(file_, other_, force_)); });
+               [this] { Tell(file_, Strip(file_, other_, force_)); });
     verb->add_option("IN", file_, "The profile")->required();
     verb->add_option("OUT", other_, "The copy")->required();
     verb->add_flag("--force", force_, "Replace an existing file");
 
     verb = Add("lock", "Lock an unlocked profile", "vkcl lock ours.icc",
-               [this] { Tell(file_, vkcl::tool::Lock(file_, how_)); });
+               [this] { Tell(file_, Lock(file_, how_)); });
     AddFile(verb, file_);
     AddHow(verb);
     verb = Add("unlock", "Unlock a locked profile, to change its colour settings",
-               "vkcl unlock ours.icc", [this] { Tell(file_, vkcl::tool::Unlock(file_, how_)); });
+               "vkcl unlock ours.icc", [this] { Tell(file_, Unlock(file_, how_)); });
     AddFile(verb, file_);
     AddHow(verb);
 
     verb = Add("embed", "Store a whole file in a profile", "vkcl embed ours.icc profile1 link.icc",
-               [this] { Tell(file_, vkcl::tool::Embed(file_, kind_, other_, how_)); });
+               [this] { Tell(file_, Embed(file_, kind_, other_, how_)); });
     AddEmbedded(verb, "The file to store");
     AddHow(verb);
     verb = Add("extract", "Write an embedded file", "vkcl extract ours.icc trc curves.txt",
-               [this] { Tell(file_, vkcl::tool::Extract(file_, kind_, other_, force_)); });
+               [this] { Tell(file_, Extract(file_, kind_, other_, force_)); });
     AddEmbedded(verb, "The file to write");
     verb->add_flag("--force", force_, "Replace an existing file");
   }
 
   void AddData() {
     CLI::App* verb = Add("lists", "Show the data lists", "vkcl lists --values ours.icc",
-                         [this] { Show(vkcl::tool::Lists(file_, values_, json_)); });
+                         [this] { Show(Lists(file_, values_, json_)); });
     AddFile(verb, file_);
     verb->add_flag("--values", values_, "Show the values, too");
     verb->add_flag("--json", json_, "As a JSON array");
     verb = Add("target", "Show the parsed characterisation target", "vkcl target ours.icc",
-               [this] { Show(vkcl::tool::Target(file_, json_)); });
+               [this] { Show(Target(file_, json_)); });
     AddFile(verb, file_);
     verb->add_flag("--json", json_, "As a JSON document");
     verb = Add("options", "Show the options with which the profile was computed",
-               "vkcl options ours.icc", [this] { Show(vkcl::tool::Options(file_, json_)); });
+               "vkcl options ours.icc", [this] { Show(Options(file_, json_)); });
     AddFile(verb, file_);
     verb->add_flag("--json", json_, "As a JSON document");
   }
@@ -182,12 +146,12 @@ class Verbs {
     CLI::App* verb = Add(
         "mode", "The colour mode of an ink set",
         "vkcl colors mode Cyan Magenta Yellow Black LCyan LMagenta",
-        [this] { Show(vkcl::tool::ColorMode(names_, json_)); }, colors);
+        [this] { Show(ColorMode(names_, json_)); }, colors);
     verb->add_option("NAME", names_, "Names of the inks, as they are written")->required();
     verb->add_flag("--json", json_, "As a JSON document");
     verb = Add(
         "names", "The inks of a colour mode", "vkcl colors names 0x80000011",
-        [this] { Show(vkcl::tool::ColorNames(other_, json_)); }, colors);
+        [this] { Show(ColorNames(other_, json_)); }, colors);
     verb->add_option("MODE", other_, "Decimal, or hexadecimal behind 0x")->required();
     verb->add_flag("--json", json_, "As a JSON document");
   }
@@ -199,7 +163,7 @@ class Verbs {
                          [this] {
                            file_ = split_.file;
                            split_.how = how_;
-                           Show(vkcl::tool::Split(split_));
+                           Show(Split(split_));
                          });
     verb->add_option("FILE", split_.file, "A profile, or an XML file with a split");
     verb->add_option("--default", split_.mode, "The default split of a colour mode instead");
@@ -218,15 +182,15 @@ class Verbs {
   void AddCheck() {
     CLI::App* verb = Add("check", "Say what is wrong with profile files, or unusual about them",
                          "vkcl check *.icc", [this] {
-                           const vkcl::tool::Result result = vkcl::tool::Check(info_.files, json_);
+                           const Result result = Check(info_.files, json_);
                            code_ = static_cast<int>(result.outcome);
                            fmt::print("{}", result.message);
                          });
     verb->add_option("FILE", info_.files, "Profile files")->required();
     verb->add_flag("--json", json_, "One JSON array with a document for each file");
-    verb = Add("compact", "Write a copy with the tag data in table order",
-               "vkcl compact theirs.icc ordered.icc",
-               [this] { Tell(file_, vkcl::tool::Compact(file_, other_)); });
+    verb =
+        Add("compact", "Write a copy with the tag data in table order",
+            "vkcl compact theirs.icc ordered.icc", [this] { Tell(file_, Compact(file_, other_)); });
     verb->add_option("IN", file_, "The profile")->required();
     verb->add_option("OUT", other_, "The copy, which must not exist")->required();
   }
@@ -236,7 +200,7 @@ class Verbs {
                          "vkcl dump press.icc QX51 ColorParam\n"
                          "  vkcl dump --json press.icc -o press.json",
                          [this] {
-                           const auto result = vkcl::tool::Dump(dump_);
+                           const auto result = Dump(dump_);
                            if (!result.message.empty()) Tell(dump_.file, result);
                          });
     AddFile(verb, dump_.file);
@@ -249,24 +213,23 @@ class Verbs {
     verb = Add("apply", "Store the private tags of a document",
                "vkcl apply press.icc press.json\n"
                "  vkcl apply standard.icc press.json --output ours.icc",
-               [this] { Tell(apply_.file, vkcl::tool::Apply(apply_, how_)); });
+               [this] { Tell(apply_.file, Apply(apply_, how_)); });
     AddFile(verb, apply_.file);
     verb->add_option("DOCUMENT", apply_.document, "A JSON document, as dump writes it")->required();
     verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile");
     verb->add_flag("--force", apply_.force, "Replace an existing copy");
     AddHow(verb);
 
-    verb = Add(
-        "schema", "Describe the documents, or the tags and their fields",
-        "vkcl schema > profile-document.schema.json\n  vkcl schema --markdown > tags.md",
-        [this] { fmt::print("{}", markdown_ ? vkcl::TagReference() : vkcl::DocumentSchema()); });
+    verb = Add("schema", "Describe the documents, or the tags and their fields",
+               "vkcl schema > profile-document.schema.json\n  vkcl schema --markdown > tags.md",
+               [this] { fmt::print("{}", markdown_ ? TagReference() : DocumentSchema()); });
     verb->add_flag("--markdown", markdown_, "The tags, as Markdown, instead of a JSON Schema");
   }
 
   void AddDiff() {
     CLI::App* verb =
         Add("diff", "Say what two profiles differ in", "vkcl diff monday.icc tuesday.icc", [this] {
-          const auto result = vkcl::tool::Diff(diff_);
+          const auto result = Diff(diff_);
           code_ = static_cast<int>(result.outcome);
           if (!result.message.empty()) Tell({}, result);
         });
@@ -279,7 +242,7 @@ class Verbs {
   void AddReport() {
     CLI::App* verb = Add("report", "Write a page about profiles, to read before a meeting",
                          "vkcl report press.icc -o press.html",
-                         [this] { Show(vkcl::tool::Report(info_.files, other_, force_)); });
+                         [this] { Show(Report(info_.files, other_, force_)); });
     verb->add_option("FILE", info_.files, "Profile files")->required();
     verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")->required();
     verb->add_flag("--force", force_, "Replace an existing file");
@@ -292,23 +255,22 @@ class Verbs {
     vsd->footer("Example:\n  vkcl vsd VSDProfile/press.icc");
     vsd->callback([this, vsd] {
       if (!vsd->get_subcommands().empty()) return;
-      if (file_.empty()) return Tell({}, vkcl::tool::Usage("vsd: FILE is required"));
-      Show(vkcl::tool::VsdShow(file_, json_));
+      if (file_.empty()) return Tell({}, Usage("vsd: FILE is required"));
+      Show(VsdShow(file_, json_));
     });
     CLI::App* verb = Add(
         "create", "Make the document, with the profile's colour parameters",
-        "vkcl vsd create press.icc",
-        [this] { Tell(other_, vkcl::tool::VsdCreate(other_, force_)); }, vsd);
+        "vkcl vsd create press.icc", [this] { Tell(other_, VsdCreate(other_, force_)); }, vsd);
     verb->add_option("PROFILE", other_, "The profile")->required();
     verb->add_flag("--force", force_, "Replace an existing document");
     verb = Add(
         "embed", "Store the document in the profile", "vkcl vsd embed press.icc",
-        [this] { Tell(other_, vkcl::tool::VsdEmbed(other_, how_)); }, vsd);
+        [this] { Tell(other_, VsdEmbed(other_, how_)); }, vsd);
     verb->add_option("PROFILE", other_, "The profile")->required();
     AddHow(verb);
     verb = Add(
         "extract", "Write the stored document beside the profile", "vkcl vsd extract press.icc",
-        [this] { Tell(other_, vkcl::tool::VsdExtract(other_, force_)); }, vsd);
+        [this] { Tell(other_, VsdExtract(other_, force_)); }, vsd);
     verb->add_option("PROFILE", other_, "The profile")->required();
     verb->add_flag("--force", force_, "Replace an existing document");
   }
@@ -343,22 +305,22 @@ class Verbs {
     AddFile(verb, file_);
     verb->add_option("KIND", kind_, "Kind of embedded file, see below")->required();
     verb->add_option("PATH", other_, what)->required();
-    verb->footer("Kinds:\n" + vkcl::tool::EmbeddedKinds() + '\n' + verb->get_footer());
+    verb->footer("Kinds:\n" + EmbeddedKinds() + '\n' + verb->get_footer());
   }
 
   // Prints what was done, or complains.
-  void Tell(const std::string& file, const vkcl::tool::Result& result) {
+  void Tell(const std::string& file, const Result& result) {
     code_ = static_cast<int>(result.outcome);
-    const std::string prefix = file.empty() ? "" : vkcl::tool::Printable(file) + ": ";
+    const std::string prefix = file.empty() ? "" : Printable(file) + ": ";
     if (result.outcome == Outcome::Done) {
       fmt::print("{}{}\n", prefix, result.message);
     } else {
-      fmt::print(stderr, "vkcl: {}{}\n", prefix, result.message);
+      Complain(prefix + result.message);
     }
   }
 
   // Prints the text that a verb made, or complains.
-  void Show(const vkcl::tool::Result& result) {
+  void Show(const Result& result) {
     if (result.outcome != Outcome::Done) return Tell(file_, result);
     fmt::print("{}", result.message);
   }
@@ -366,11 +328,11 @@ class Verbs {
   CLI::App& app_;
   ChangeOptions how_;
   InfoOptions info_;
-  vkcl::tool::SplitOptions split_;
+  SplitOptions split_;
   SetOptions set_;
-  vkcl::tool::DiffOptions diff_;
-  vkcl::tool::DumpOptions dump_;
-  vkcl::tool::ApplyOptions apply_;
+  DiffOptions diff_;
+  DumpOptions dump_;
+  ApplyOptions apply_;
   std::string file_;
   std::string other_;
   std::string kind_;
@@ -382,32 +344,12 @@ class Verbs {
   int code_ = 0;
 };
 
-int Run(int argc, char** argv) {
-  CLI::App app("Look at and change the private data of ICC profiles.", "vkcl");
-  app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION);
-  app.require_subcommand(1);
-  Verbs verbs(app);
-  verbs.AddAll();
-  try {
-    app.parse(argc, argv);
-    if (std::fflush(stdout) != 0) {
-      fmt::print(stderr, "vkcl: the output cannot be written\n");
-      return static_cast<int>(Outcome::Refused);
-    }
-    return verbs.code();
-  } catch (const CLI::ParseError& error) {
-    const int code = app.exit(error);
-    return code == 0 ? 0 : static_cast<int>(Outcome::Usage);
-  }
-}
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  try {
-    return Run(argc, argv);
-  } catch (const std::exception& error) {
-    std::cerr << "vkcl: " << error.what() << '\n';
-    return static_cast<int>(Outcome::Refused);
-  }
+std::function<int()> AddVerbs(CLI::App& app) {
+  const auto verbs = std::make_shared<Verbs>(app);
+  verbs->AddAll();
+  return [verbs] { return verbs->code(); };
 }
+
+}  // namespace vkcl::tool
