@@ -136,6 +136,12 @@ std::string EmbeddedKinds() {
   return text;
 }
 
+std::vector<std::string> EmbeddedKindNames() {
+  std::vector<std::string> names;
+  for (const EmbeddedKind& kind : kKinds) names.emplace_back(kind.name);
+  return names;
+}
+
 Result Merge(const std::string& source, const std::string& target, const ChangeOptions& how) {
   std::string why = WhyInvalid(source, 0);
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(source), why));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "ChangeProfile.h"
 #include "Outcome.h"
@@ -22,5 +23,7 @@ Result Extract(const std::string& path, const std::string& kind, const std::stri
                bool force);
 /// The kinds of embedded file, one line each.
 std::string EmbeddedKinds();
+/// Their names.
+std::vector<std::string> EmbeddedKindNames();
 
 }  // namespace vkcl::tool

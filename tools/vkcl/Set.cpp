@@ -174,6 +174,16 @@ std::string SettableFields() {
   return text;
 }
 
+std::vector<std::string> AssignableNames() {
+  std::vector<std::string> names;
+  for (const RecordType& record : RecordTypes()) {
+    for (const Field& field : record.fields) {
+      if (field.settable) names.push_back(fmt::format("{}.{}=", record.name, field.name));
+    }
+  }
+  return names;
+}
+
 Result SetFields(const std::string& path, const std::vector<std::string>& assignments, int channels,
                  int createChannels, const ChangeOptions& how) {
   std::vector<Assignment> parsed;

@@ -18,5 +18,7 @@ Result SetFields(const std::string& path, const std::vector<std::string>& assign
 
 /// The fields that can be set, one line each.
 std::string SettableFields();
+/// How an assignment to each of them begins: "RECORD.FIELD=".
+std::vector<std::string> AssignableNames();
 
 }  // namespace vkcl::tool

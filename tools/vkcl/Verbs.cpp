@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "ArgumentKinds.h"
 #include "CheckCommands.h"
 #include "ColorCommands.h"
 #include "Complain.h"
@@ -15,6 +16,7 @@
 #include "DocumentCommands.h"
 #include "InfoCommand.h"
 #include "LifeCommands.h"
+#include "Records.h"
 #include "ReportCommand.h"
 #include "Set.h"
 #include "SplitCommands.h"
@@ -37,6 +39,12 @@ struct SetOptions {
   int channels = 0;
   int create = 0;
 };
+
+std::vector<std::string> RecordNames() {
+  std::vector<std::string> names;
+  for (const RecordType& record : RecordTypes()) names.emplace_back(record.name);
+  return names;
+}
 
 constexpr const char* kChannelsHelp =
     "Channels of the profile, for colour spaces that do not tell (0: from the header)";
@@ -63,10 +71,11 @@ class Verbs {
 
  private:
   void AddInfo() {
-    CLI::App* verb =
-        Add("info", "Say what profile files are and hold", "vkcl info --json press.icc",
-            [this] { code_ = static_cast<int>(Info(info_.files, info_.json, info_.channels)); });
-    verb->add_option("FILE", info_.files, "Profile files")->required();
+    CLI::App* verb = Add("info", "Say what profile files are and hold",
+                         "vkcl info press.icc\n  vkcl info --json *.icc", [this] {
+                           code_ = static_cast<int>(Info(info_.files, info_.json, info_.channels));
+                         });
+    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
     verb->add_flag("--json", info_.json, "One JSON array with a document for each file");
     verb->add_option("--channels", info_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
   }
@@ -83,6 +92,8 @@ class Verbs {
     verb->add_option(
             "ASSIGNMENT", set_.assignments,
             "RECORD.FIELD=VALUE; a list takes values with commas, or RECORD.FIELD[3]=VALUE")
+        ->type_name(kName)
+        ->check(Words(AssignableNames))
         ->required();
     verb->add_option("--channels", set_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
     AddHow(verb);
@@ -95,14 +106,18 @@ class Verbs {
     CLI::App* verb =
         Add("merge", "Append the private tags of a profile to a standard one",
             "vkcl merge ours.icc standard.icc", [this] { Tell({}, Merge(file_, other_, how_)); });
-    verb->add_option("SOURCE", file_, "One of the system's own profiles")->required();
-    verb->add_option("TARGET", other_, "The standard profile, which is changed")->required();
+    verb->add_option("SOURCE", file_, "One of the system's own profiles")
+        ->type_name(kFile)
+        ->required();
+    verb->add_option("TARGET", other_, "The standard profile, which is changed")
+        ->type_name(kFile)
+        ->required();
     AddHow(verb);
 
     verb = Add("strip", "Write a copy without private tags", "vkcl strip ours.icc clean.icc",
                [this] { Tell(file_, Strip(file_, other_, force_)); });
-    verb->add_option("IN", file_, "The profile")->required();
-    verb->add_option("OUT", other_, "The copy")->required();
+    verb->add_option("IN", file_, "The profile")->type_name(kFile)->required();
+    verb->add_option("OUT", other_, "The copy")->type_name(kFile)->required();
     verb->add_flag("--force", force_, "Replace an existing file");
 
     verb = Add("lock", "Lock an unlocked profile", "vkcl lock ours.icc",
@@ -143,16 +158,21 @@ class Verbs {
   void AddColors() {
     CLI::App* colors = app_.add_subcommand("colors", "Tell ink sets and their colour modes");
     colors->require_subcommand(1);
+    colors->footer("Example:\n  vkcl colors names 8224");
     CLI::App* verb = Add(
         "mode", "The colour mode of an ink set",
         "vkcl colors mode Cyan Magenta Yellow Black LCyan LMagenta",
         [this] { Show(ColorMode(names_, json_)); }, colors);
-    verb->add_option("NAME", names_, "Names of the inks, as they are written")->required();
+    verb->add_option("NAME", names_, "Names of the inks, as they are written")
+        ->type_name(kName)
+        ->required();
     verb->add_flag("--json", json_, "As a JSON document");
     verb = Add(
         "names", "The inks of a colour mode", "vkcl colors names 0x80000011",
         [this] { Show(ColorNames(other_, json_)); }, colors);
-    verb->add_option("MODE", other_, "Decimal, or hexadecimal behind 0x")->required();
+    verb->add_option("MODE", other_, "Decimal, or hexadecimal behind 0x")
+        ->type_name(kMode)
+        ->required();
     verb->add_flag("--json", json_, "As a JSON document");
   }
 
@@ -165,15 +185,20 @@ class Verbs {
                            split_.how = how_;
                            Show(Split(split_));
                          });
-    verb->add_option("FILE", split_.file, "A profile, or an XML file with a split");
-    verb->add_option("--default", split_.mode, "The default split of a colour mode instead");
+    verb->add_option("FILE", split_.file, "A profile, or an XML file with a split")
+        ->type_name(kFile);
+    verb->add_option("--default", split_.mode, "The default split of a colour mode instead")
+        ->type_name(kMode);
     verb->add_option("--strengths", split_.strengths,
                      "Strengths of the mode's inks, with commas between them, in their order: they "
-                     "scale the default split");
+                     "scale the default split")
+        ->type_name(kNumbers);
     verb->add_option("--version", split_.version, "Version of the default split: 2, 3 or 4")
         ->check(CLI::Range(2, 4));
-    verb->add_option("--xml", split_.toXml, "Write the split to this file, as XML");
-    verb->add_option("--from-xml", split_.fromXml, "Store the split of this file in the profile");
+    verb->add_option("--xml", split_.toXml, "Write the split to this file, as XML")
+        ->type_name(kFile);
+    verb->add_option("--from-xml", split_.fromXml, "Store the split of this file in the profile")
+        ->type_name(kFile);
     verb->add_flag("--force", split_.force, "Replace an existing file");
     verb->add_flag("--json", split_.json, "As a JSON document");
     AddHow(verb);
@@ -186,13 +211,14 @@ class Verbs {
                            code_ = static_cast<int>(result.outcome);
                            fmt::print("{}", result.message);
                          });
-    verb->add_option("FILE", info_.files, "Profile files")->required();
+    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
     verb->add_flag("--json", json_, "One JSON array with a document for each file");
+    AddExitCodes(verb, "no file has an error", "a file has an error, or the check failed");
     verb =
         Add("compact", "Write a copy with the tag data in table order",
             "vkcl compact theirs.icc ordered.icc", [this] { Tell(file_, Compact(file_, other_)); });
-    verb->add_option("IN", file_, "The profile")->required();
-    verb->add_option("OUT", other_, "The copy, which must not exist")->required();
+    verb->add_option("IN", file_, "The profile")->type_name(kFile)->required();
+    verb->add_option("OUT", other_, "The copy, which must not exist")->type_name(kFile)->required();
   }
 
   void AddDocument() {
@@ -205,9 +231,11 @@ class Verbs {
                          });
     AddFile(verb, dump_.file);
     verb->add_option("TAG", dump_.tags,
-                     "Only these tags: QX53, QX53#2 for a second one, or ColorParam");
+                     "Only these tags: QX53, QX53#2 for a second one, or ColorParam")
+        ->type_name(kName)
+        ->check(Words(RecordNames));
     verb->add_flag("--json", dump_.json, "As JSON, complete and exact: what apply reads");
-    verb->add_option("-o,--output", dump_.output, "Write this file");
+    verb->add_option("-o,--output", dump_.output, "Write this file")->type_name(kFile);
     verb->add_flag("--force", dump_.force, "Replace an existing file");
 
     verb = Add("apply", "Store the private tags of a document",
@@ -215,8 +243,11 @@ class Verbs {
                "  vkcl apply standard.icc press.json --output ours.icc",
                [this] { Tell(apply_.file, Apply(apply_, how_)); });
     AddFile(verb, apply_.file);
-    verb->add_option("DOCUMENT", apply_.document, "A JSON document, as dump writes it")->required();
-    verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile");
+    verb->add_option("DOCUMENT", apply_.document, "A JSON document, as dump writes it")
+        ->type_name(kFile)
+        ->required();
+    verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile")
+        ->type_name(kFile);
     verb->add_flag("--force", apply_.force, "Replace an existing copy");
     AddHow(verb);
 
@@ -233,9 +264,10 @@ class Verbs {
           code_ = static_cast<int>(result.outcome);
           if (!result.message.empty()) Tell({}, result);
         });
-    verb->add_option("BEFORE", diff_.before, "A profile")->required();
-    verb->add_option("AFTER", diff_.after, "Another one")->required();
+    verb->add_option("BEFORE", diff_.before, "A profile")->type_name(kFile)->required();
+    verb->add_option("AFTER", diff_.after, "Another one")->type_name(kFile)->required();
     verb->add_flag("--json", diff_.json, "As a JSON array with an object for each difference");
+    AddExitCodes(verb, "the profiles are the same", "they differ, or cannot be compared");
     verb->add_flag("--all", diff_.all, "Every difference, not only the first of each tag");
   }
 
@@ -243,14 +275,17 @@ class Verbs {
     CLI::App* verb = Add("report", "Write a page about profiles, to read before a meeting",
                          "vkcl report press.icc -o press.html",
                          [this] { Show(Report(info_.files, other_, force_)); });
-    verb->add_option("FILE", info_.files, "Profile files")->required();
-    verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")->required();
+    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
+    verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")
+        ->type_name(kOutput)
+        ->required();
     verb->add_flag("--force", force_, "Replace an existing file");
   }
 
   void AddVsd() {
     CLI::App* vsd = app_.add_subcommand("vsd", "The VSD document beside a profile");
-    vsd->add_option("FILE", file_, "The document, or a profile that has one beside it");
+    vsd->add_option("FILE", file_, "The document, or a profile that has one beside it")
+        ->type_name(kFile);
     vsd->add_flag("--json", json_, "As a JSON document");
     vsd->footer("Example:\n  vkcl vsd VSDProfile/press.icc");
     vsd->callback([this, vsd] {
@@ -261,17 +296,17 @@ class Verbs {
     CLI::App* verb = Add(
         "create", "Make the document, with the profile's colour parameters",
         "vkcl vsd create press.icc", [this] { Tell(other_, VsdCreate(other_, force_)); }, vsd);
-    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb->add_option("PROFILE", other_, "The profile")->type_name(kFile)->required();
     verb->add_flag("--force", force_, "Replace an existing document");
     verb = Add(
         "embed", "Store the document in the profile", "vkcl vsd embed press.icc",
         [this] { Tell(other_, VsdEmbed(other_, how_)); }, vsd);
-    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb->add_option("PROFILE", other_, "The profile")->type_name(kFile)->required();
     AddHow(verb);
     verb = Add(
         "extract", "Write the stored document beside the profile", "vkcl vsd extract press.icc",
         [this] { Tell(other_, VsdExtract(other_, force_)); }, vsd);
-    verb->add_option("PROFILE", other_, "The profile")->required();
+    verb->add_option("PROFILE", other_, "The profile")->type_name(kFile)->required();
     verb->add_flag("--force", force_, "Replace an existing document");
   }
 
@@ -288,8 +323,15 @@ class Verbs {
     return verb;
   }
 
+  // What the exit codes mean of a verb that gives an answer with them.
+  static void AddExitCodes(CLI::App* verb, const std::string& done, const std::string& refused) {
+    verb->footer(verb->get_footer() + fmt::format("\n\nExit codes:\n  0  {}\n  1  {}\n"
+                                                  "  2  the command line is not as it should be",
+                                                  done, refused));
+  }
+
   static void AddFile(CLI::App* verb, std::string& file) {
-    verb->add_option("FILE", file, "Profile file")->required();
+    verb->add_option("FILE", file, "Profile file")->type_name(kFile)->required();
   }
 
   // How a profile is written into; of every verb that does.
@@ -303,8 +345,11 @@ class Verbs {
 
   void AddEmbedded(CLI::App* verb, const char* what) {
     AddFile(verb, file_);
-    verb->add_option("KIND", kind_, "Kind of embedded file, see below")->required();
-    verb->add_option("PATH", other_, what)->required();
+    verb->add_option("KIND", kind_, "Kind of embedded file")
+        ->type_name(kName)
+        ->check(Words(EmbeddedKindNames))
+        ->required();
+    verb->add_option("PATH", other_, what)->type_name(kFile)->required();
     verb->footer("Kinds:\n" + EmbeddedKinds() + '\n' + verb->get_footer());
   }
 

@@ -1,0 +1,66 @@
+#include "SelfVerbs.h"
+
+#include <fmt/format.h>
+
+#include <string>
+#include <vector>
+
+#include "ArgumentKinds.h"
+#include "HelpText.h"
+#include "UsageError.h"
+
+namespace vkcl::tool {
+namespace {
+
+// Not by the tree: that would ask for these names.
+std::vector<std::string> NamesBelow(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (!verb->get_group().empty()) names.push_back(verb->get_name());
+  }
+  return names;
+}
+
+class SelfVerbs {
+ public:
+  explicit SelfVerbs(CLI::App& app) : app_(app) {}
+
+  void AddHelp() {
+    CLI::App* verb = app_.add_subcommand("help", "Show the help of a verb");
+    verb->footer("Examples:\n  vkcl help info\n  vkcl help colors mode");
+    verb->add_option("VERB", words_, "The verb; nothing for the tool as a whole")
+        ->type_name(kName)
+        ->check(Words([this] { return NamesBelow(app_); }));
+    verb->callback([this] { fmt::print("{}", HelpText(CommandOf(Find(words_)))); });
+  }
+
+ private:
+  const CLI::App& Find(const std::vector<std::string>& words) const {
+    const CLI::App* at = &app_;
+    for (const std::string& word : words) {
+      const CLI::App* below = FindVerb(*at, word);
+      if (below == nullptr) throw UsageError(NoSuchVerb(*at, word));
+      at = below;
+    }
+    return *at;
+  }
+
+  static const CLI::App* FindVerb(const CLI::App& above, const std::string& name) {
+    const auto found =
+        above.get_subcommands([&](const CLI::App* verb) { return verb->check_name(name); });
+    return found.empty() ? nullptr : found.front();
+  }
+
+  CLI::App& app_;
+  std::vector<std::string> words_;
+};
+
+}  // namespace
+
+std::shared_ptr<void> AddSelfVerbs(CLI::App& app) {
+  const auto verbs = std::make_shared<SelfVerbs>(app);
+  verbs->AddHelp();
+  return verbs;
+}
+
+}  // namespace vkcl::tool
