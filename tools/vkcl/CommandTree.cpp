@@ -144,4 +144,12 @@ std::string LabelOf(const Argument& argument) {
   return argument.many ? label + "..." : label;
 }
 
+std::string ChoicesOf(const Argument& argument) {
+  constexpr std::size_t kMost = 8;
+  if (argument.words.empty() || argument.words.size() > kMost) return {};
+  std::string text;
+  for (const std::string& word : argument.words) text += (text.empty() ? ": " : ", ") + word;
+  return text;
+}
+
 }  // namespace vkcl::tool

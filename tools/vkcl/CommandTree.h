@@ -51,5 +51,7 @@ Command CommandOf(const CLI::App& app);
 std::string UsageOf(const Command& command);
 /// "FILE..." of a place, "-j, --jobs N" of an option.
 std::string LabelOf(const Argument& argument);
+/// The words that an argument may be, as the end of a sentence; none where there are many.
+std::string ChoicesOf(const Argument& argument);
 
 }  // namespace vkcl::tool

@@ -31,20 +31,11 @@ std::string Row(const std::string& label, const std::string& what) {
   return start + Wrapped(what, kColumn);
 }
 
-// The words that an argument may be; not those of which there are many.
-std::string Choices(const Argument& argument) {
-  constexpr std::size_t kMost = 8;
-  if (argument.words.empty() || argument.words.size() > kMost) return {};
-  std::string text;
-  for (const std::string& word : argument.words) text += (text.empty() ? ": " : ", ") + word;
-  return text;
-}
-
 std::string Rows(const char* heading, const std::vector<Argument>& arguments) {
   if (arguments.empty()) return {};
   std::string text = fmt::format("\n{}:\n", heading);
   for (const Argument& argument : arguments) {
-    text += Row(LabelOf(argument), argument.what + Choices(argument));
+    text += Row(LabelOf(argument), argument.what + ChoicesOf(argument));
   }
   return text;
 }

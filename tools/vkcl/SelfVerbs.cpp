@@ -2,12 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "ArgumentKinds.h"
 #include "HelpText.h"
+#include "Roff.h"
+#include "Text.h"
 #include "UsageError.h"
+#include "platform/plinth/ReplaceFile.h"
 
 namespace vkcl::tool {
 namespace {
@@ -34,7 +38,32 @@ class SelfVerbs {
     verb->callback([this] { fmt::print("{}", HelpText(CommandOf(Find(words_)))); });
   }
 
+  // Whoever packs the tool calls this one, nobody else; the build does.
+  void AddManual() {
+    CLI::App* verb = app_.add_subcommand("manual", "Write the manual pages, as troff source");
+    verb->group("");
+    verb->footer("Examples:\n  vkcl manual info | man -l -\n  vkcl manual --all share/man/man1");
+    verb->add_option("VERB", words_, "The verb; nothing for the tool as a whole")->type_name(kName);
+    verb->add_option("--all", folder_, "Write the pages of all verbs into this folder")
+        ->type_name(kFile);
+    verb->callback([this] {
+      if (folder_.empty()) {
+        fmt::print("{}", ManualPage(CommandOf(Find(words_))));
+      } else {
+        WriteManual(CommandOf(app_));
+      }
+    });
+  }
+
  private:
+  void WriteManual(const Command& command) const {
+    const AFilePath path(folder_ + "/" + command.Name('-') + ".1");
+    if (!ReplaceFile(path, ManualPage(command))) {
+      throw std::runtime_error(fmt::format("{} cannot be written", Printable(path.str())));
+    }
+    for (const Command& below : command.commands) WriteManual(below);
+  }
+
   const CLI::App& Find(const std::vector<std::string>& words) const {
     const CLI::App* at = &app_;
     for (const std::string& word : words) {
@@ -53,6 +82,7 @@ class SelfVerbs {
 
   CLI::App& app_;
   std::vector<std::string> words_;
+  std::string folder_;
 };
 
 }  // namespace
@@ -60,6 +90,7 @@ class SelfVerbs {
 std::shared_ptr<void> AddSelfVerbs(CLI::App& app) {
   const auto verbs = std::make_shared<SelfVerbs>(app);
   verbs->AddHelp();
+  verbs->AddManual();
   return verbs;
 }
 

@@ -1,4 +1,4 @@
-// The verbs about the tool itself: help.
+// The verbs about the tool itself: help, manual.
 #pragma once
 
 #include <CLI/CLI.hpp>
