@@ -1,6 +1,6 @@
 # cmake --install: headers below include/vkcl with the paths they have in src/, the library, its
-# CMake package and its pkg-config module, and the tool with its manual pages. Components: library
-# (what programs need to run), development (what they need to be built), tool.
+# CMake package and its pkg-config module, and the tool with its manual pages and completions.
+# Components: library (what programs need to run), development (what they need to be built), tool.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS VKCLProfileHandler EXPORT VKCLProfileHandlerTargets
@@ -67,7 +67,11 @@ install(FILES "${PROJECT_BINARY_DIR}/vkclprofilehandler.pc"
 if(VKCL_BUILD_TOOL)
   install(TARGETS vkcl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
   if(TARGET vkcl_documents)
-    install(DIRECTORY "${PROJECT_BINARY_DIR}/tools/man1" DESTINATION ${CMAKE_INSTALL_MANDIR}
+    set(vkcl_tool_share "${PROJECT_BINARY_DIR}/tools/share")
+    install(DIRECTORY "${vkcl_tool_share}/man/man1" DESTINATION ${CMAKE_INSTALL_MANDIR}
             COMPONENT tool)
+    install(DIRECTORY "${vkcl_tool_share}/bash-completion" "${vkcl_tool_share}/zsh"
+                      "${vkcl_tool_share}/fish"
+            DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tool)
   endif()
 endif()

@@ -4,9 +4,11 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ArgumentKinds.h"
+#include "Completion.h"
 #include "HelpText.h"
 #include "Roff.h"
 #include "Text.h"
@@ -25,6 +27,19 @@ std::vector<std::string> NamesBelow(const CLI::App& app) {
   return names;
 }
 
+struct Shell {
+  std::string_view name;
+  std::string (*script)(const Command& root);
+};
+constexpr Shell kShells[] = {
+    {"bash", BashCompletion}, {"zsh", ZshCompletion}, {"fish", FishCompletion}};
+
+std::vector<std::string> ShellNames() {
+  std::vector<std::string> names;
+  for (const Shell& shell : kShells) names.emplace_back(shell.name);
+  return names;
+}
+
 class SelfVerbs {
  public:
   explicit SelfVerbs(CLI::App& app) : app_(app) {}
@@ -36,6 +51,24 @@ class SelfVerbs {
         ->type_name(kName)
         ->check(Words([this] { return NamesBelow(app_); }));
     verb->callback([this] { fmt::print("{}", HelpText(CommandOf(Find(words_)))); });
+  }
+
+  void AddCompletion() {
+    CLI::App* verb = app_.add_subcommand("completion", "Write the completion script of a shell");
+    verb->footer(
+        "Examples:\n"
+        "  vkcl completion bash > ~/.local/share/bash-completion/completions/vkcl\n"
+        "  vkcl completion zsh > ~/.zfunc/_vkcl\n"
+        "  vkcl completion fish > ~/.config/fish/completions/vkcl.fish");
+    verb->add_option("SHELL", shell_, "The shell")
+        ->type_name(kName)
+        ->required()
+        ->check(CLI::IsMember(ShellNames()));
+    verb->callback([this] {
+      for (const Shell& shell : kShells) {
+        if (shell.name == shell_) fmt::print("{}", shell.script(CommandOf(app_)));
+      }
+    });
   }
 
   // Whoever packs the tool calls this one, nobody else; the build does.
@@ -83,6 +116,7 @@ class SelfVerbs {
   CLI::App& app_;
   std::vector<std::string> words_;
   std::string folder_;
+  std::string shell_;
 };
 
 }  // namespace
@@ -90,6 +124,7 @@ class SelfVerbs {
 std::shared_ptr<void> AddSelfVerbs(CLI::App& app) {
   const auto verbs = std::make_shared<SelfVerbs>(app);
   verbs->AddHelp();
+  verbs->AddCompletion();
   verbs->AddManual();
   return verbs;
 }

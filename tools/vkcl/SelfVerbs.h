@@ -1,4 +1,4 @@
-// The verbs about the tool itself: help, manual.
+// The verbs about the tool itself: help, completion, manual.
 #pragma once
 
 #include <CLI/CLI.hpp>
