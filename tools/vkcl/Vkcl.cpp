@@ -3,14 +3,17 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "Complain.h"
 #include "HelpText.h"
+#include "Host.h"
 #include "Outcome.h"
 #include "SelfVerbs.h"
 #include "UsageError.h"
@@ -19,20 +22,25 @@
 namespace vkcl::tool {
 namespace {
 
-int Run(int argc, char** argv) {
-  CLI::App app("Look at and change the private data of ICC profiles", "vkcl");
-  app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION, "Print the version");
-  app.set_help_flag("-h,--help", "Print this help");
-  app.footer("Examples:\n  vkcl info press.icc\n  vkcl check *.icc\n  vkcl help set");
-  app.require_subcommand(1);
+constexpr const char* kExamples = R"(Examples:
+  vkcl info press.icc
+  vkcl check *.icc
+  vkcl help set)";
+
+// What the verb printed may not have arrived. A reader that has gone away, as `head` does, has had
+// what it wanted: nothing is said.
+int CannotWrite(int reason) {
+  if (reason != EPIPE) {
+    Complain("the output cannot be written: " + std::generic_category().message(reason));
+  }
+  return static_cast<int>(Outcome::Refused);
+}
+
+int Parse(CLI::App& app, int argc, char** argv) {
   const std::function<int()> code = AddVerbs(app);
   const std::shared_ptr<void> selfVerbs = AddSelfVerbs(app);
   try {
     app.parse(argc, argv);
-    if (std::fflush(stdout) != 0) {
-      Complain("the output cannot be written");
-      return static_cast<int>(Outcome::Refused);
-    }
     return code();
   } catch (const CLI::CallForHelp&) {
     fmt::print("{}", HelpText(CommandOf(VerbOf(app))));
@@ -46,6 +54,22 @@ int Run(int argc, char** argv) {
     return static_cast<int>(Outcome::Usage);
   }
   return static_cast<int>(Outcome::Done);
+}
+
+int Run(int argc, char** argv) {
+  host::OccupyStandardStreams();
+  CLI::App app("Look at and change the private data of ICC profiles", "vkcl");
+  app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION, "Print the version");
+  app.set_help_flag("-h,--help", "Print this help");
+  app.footer(kExamples);
+  app.require_subcommand(1);
+  try {
+    const int code = Parse(app, argc, argv);
+    return std::fflush(stdout) == 0 ? code : CannotWrite(errno);
+  } catch (const std::system_error& error) {
+    if (std::ferror(stdout) == 0) throw;
+    return CannotWrite(error.code().value());
+  }
 }
 
 }  // namespace

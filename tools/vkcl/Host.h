@@ -1,0 +1,10 @@
+// What the tool asks of the operating system, beyond what the library does.
+#pragma once
+
+namespace vkcl::tool::host {
+
+/// Opens those of the standard streams that are closed, so that no file which is opened later takes
+/// the place of one and gets what is printed. They can be neither read nor written.
+void OccupyStandardStreams();
+
+}  // namespace vkcl::tool::host
