@@ -9,6 +9,7 @@ the line to a file. fish tells without a terminal.
 import os
 import pathlib
 import pty
+import re
 import shlex
 import subprocess
 import sys
@@ -42,6 +43,11 @@ CASES = [
     ("vkcl split --default ", ""),
     ("vkcl completion ", "bash zsh fish"),
     ("vkcl help lis", "lists"),
+    ("vkcl info --col", "--color"),
+    ("vkcl info --color ", "always auto never"),
+    ("vkcl --color al", "always"),
+    ("vkcl --color never inf", "info"),
+    ("vkcl --color=never embed press.icc tr", "trc"),
     ("vkcl nonsense --js", ""),
     ("vkcl info --nonsense", ""),
 ]
@@ -101,7 +107,10 @@ def inserted(line, result):
     """The words that took the place of the last one; none when it still stands there."""
     start = line[:line.rindex(" ") + 1]
     assert result.startswith(start), (line, result)
-    return [] if result.rstrip() == line.rstrip() else shlex.split(result[len(start):])
+    if result.rstrip() == line.rstrip():
+        return []
+    # zsh goes on behind an option with the "=" of its value.
+    return [re.sub("^(--.*)=$", r"\1", word) for word in shlex.split(result[len(start):])]
 
 
 def by_terminal(shell, environment, folder):

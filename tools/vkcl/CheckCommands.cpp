@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Opened.h"
+#include "Style.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "inspect/ProfileCheck.h"
@@ -24,11 +25,22 @@ Json FindingJson(const Finding& finding) {
           {"text", finding.text}};
 }
 
+Ink InkOf(Severity severity) {
+  switch (severity) {
+    case Severity::Note: return Ink::Note;
+    case Severity::Warning: return Ink::Warning;
+    case Severity::Error: break;
+  }
+  return Ink::Error;
+}
+
 std::string FindingText(const Finding& finding) {
   const std::string tag = finding.tag.empty() ? "" : fmt::format("{}: ", finding.tag);
   const std::string clause =
       finding.clause.empty() ? "" : fmt::format(" (ICC.1, {})", finding.clause);
-  return fmt::format("  {:<8}{}{}{} [{}]\n", SeverityText(finding.severity), tag, finding.text,
+  const std::string severity = fmt::format("{:<7}", SeverityText(finding.severity));
+  return fmt::format("  {} {}{}{} [{}]\n",
+                     Painted(Stream::Output, InkOf(finding.severity), severity), tag, finding.text,
                      clause, finding.rule);
 }
 
@@ -47,7 +59,7 @@ Result Check(const std::vector<std::string>& paths, bool json) {
   for (const std::string& path : paths) {
     const std::vector<Finding> findings = CheckProfile(AFilePath(path));
     errors = errors || GravestOf(findings) == Severity::Error;
-    text += fmt::format("{}: {}\n", Printable(path),
+    text += fmt::format("{}: {}\n", Painted(Stream::Output, Ink::Title, Printable(path)),
                         findings.empty() ? "nothing to say"
                                          : fmt::format("{} finding{}", findings.size(),
                                                        findings.size() == 1 ? "" : "s"));

@@ -4,8 +4,12 @@
 
 #include <cstdio>
 
+#include "Style.h"
+
 namespace vkcl::tool {
 
-void Complain(const std::string& text) { fmt::print(stderr, "vkcl: {}\n", text); }
+void Complain(const std::string& text) {
+  fmt::print(stderr, "{} {}\n", Painted(Stream::Error, Ink::Error, "vkcl:"), text);
+}
 
 }  // namespace vkcl::tool

@@ -1,7 +1,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <initializer_list>
+#include <string_view>
 
 #include "Host.h"
 
@@ -14,6 +16,11 @@ void OccupyStandardStreams() {
     [[maybe_unused]] const int opened =
         open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
+}
+
+bool IsTerminal(std::FILE* stream) {
+  const char* kind = std::getenv("TERM");
+  return kind != nullptr && std::string_view(kind) != "dumb" && isatty(fileno(stream)) != 0;
 }
 
 }  // namespace vkcl::tool::host

@@ -4,12 +4,17 @@
 
 #include <algorithm>
 
+#include "Style.h"
 #include "Text.h"
 
 namespace vkcl::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+std::string Title(const std::string& text) { return Painted(Stream::Output, Ink::Title, text); }
+
+std::string Grave(const std::string& text) { return Painted(Stream::Output, Ink::Error, text); }
 
 std::string Shown(const Json& value) {
   if (value.is_string()) return fmt::format("\"{}\"", Printable(value.get<std::string>()));
@@ -62,7 +67,7 @@ std::string ContentText(const Json& content) {
     if (IsDull(content, key, value)) continue;
     if (!text.empty()) text += ", ";
     if (key == "readable") {
-      text += "cannot be read";
+      text += Grave("cannot be read");
     } else if (value.is_array() && !value.empty() && value[0].is_object()) {
       for (const Json& item : value) text += fmt::format("[{}]", ContentText(item));
     } else if (value.is_array()) {
@@ -115,7 +120,7 @@ std::string TagsText(const Json& tags) {
     if (tag.contains("sharesDataWith")) {
       text += fmt::format("  shares data with {}", Plain(tag["sharesDataWith"]));
     }
-    if (tag.contains("beyondEndOfFile")) text += "  reaches beyond the end of the file";
+    if (tag.contains("beyondEndOfFile")) text += "  " + Grave("reaches beyond the end of the file");
     text.erase(text.find_last_not_of(' ') + 1);
     text += '\n';
   }
@@ -138,8 +143,8 @@ std::string PrivateText(const Json& tags) {
 }  // namespace
 
 std::string InfoText(const Json& document) {
-  std::string text = Plain(document["file"]) + '\n';
-  if (document.contains("reason")) text += Line("not opened", Plain(document["reason"]));
+  std::string text = Title(Plain(document["file"])) + '\n';
+  if (document.contains("reason")) text += Line("not opened", Grave(Plain(document["reason"])));
   if (!document.contains("header")) return text;
   return text + HeaderText(document) + StateText(document) + TagsText(document["tags"]) +
          PrivateText(document["privateTags"]);

@@ -10,12 +10,14 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "Complain.h"
 #include "HelpText.h"
 #include "Host.h"
 #include "Outcome.h"
 #include "SelfVerbs.h"
+#include "Style.h"
 #include "UsageError.h"
 #include "Verbs.h"
 
@@ -36,9 +38,28 @@ int CannotWrite(int reason) {
   return static_cast<int>(Outcome::Refused);
 }
 
+constexpr std::pair<const char*, ColorWhen> kColors[] = {
+    {"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}};
+
+// The option of every verb, so that it may stand anywhere.
+void AddColor(CLI::App& app) {
+  app.add_option_function<std::string>(
+         "--color",
+         [](const std::string& word) {
+           for (const auto& [name, when] : kColors) {
+             if (word == name) SetColor(when);
+           }
+         },
+         "Colour in texts; auto is on a terminal, unless NO_COLOR is set")
+      ->type_name("WHEN")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
+  for (CLI::App* verb : app.get_subcommands([](CLI::App*) { return true; })) AddColor(*verb);
+}
+
 int Parse(CLI::App& app, int argc, char** argv) {
   const std::function<int()> code = AddVerbs(app);
   const std::shared_ptr<void> selfVerbs = AddSelfVerbs(app);
+  AddColor(app);
   try {
     app.parse(argc, argv);
     return code();
