@@ -4,7 +4,10 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <utility>
+#include <vector>
 
+#include "JsonArray.h"
 #include "Opened.h"
 #include "Style.h"
 #include "Text.h"
@@ -44,6 +47,27 @@ std::string FindingText(const Finding& finding) {
                      clause, finding.rule);
 }
 
+std::vector<Finding> FindingsOf(const NamedFile& file) {
+  if (file.problem.empty()) return CheckProfile(AFilePath(file.path));
+  return {{Severity::Error, "file.unreadable", "", "", file.problem}};
+}
+
+Json FindingsJson(const NamedFile& file, const std::vector<Finding>& findings) {
+  Json rows = Json::array();
+  for (const Finding& finding : findings) rows.push_back(FindingJson(finding));
+  return {{"file", Utf8(file.name)}, {"findings", std::move(rows)}};
+}
+
+std::string FindingsText(const NamedFile& file, const std::vector<Finding>& findings) {
+  const std::string count = findings.empty() ? "nothing to say"
+                                             : fmt::format("{} finding{}", findings.size(),
+                                                           findings.size() == 1 ? "" : "s");
+  std::string text =
+      fmt::format("{}: {}\n", Painted(Stream::Output, Ink::Title, Printable(file.name)), count);
+  for (const Finding& finding : findings) text += FindingText(finding);
+  return text;
+}
+
 std::uintmax_t LengthOf(const std::string& path) {
   std::error_code error;
   const std::uintmax_t length = std::filesystem::file_size(path, error);
@@ -52,26 +76,25 @@ std::uintmax_t LengthOf(const std::string& path) {
 
 }  // namespace
 
-Result Check(const std::vector<std::string>& paths, bool json) {
-  Json documents = Json::array();
-  std::string text;
+Outcome Check(const FilesOptions& files, bool json) {
+  JsonArray array;
   bool errors = false;
-  for (const std::string& path : paths) {
-    const std::vector<Finding> findings = CheckProfile(AFilePath(path));
-    errors = errors || GravestOf(findings) == Severity::Error;
-    text += fmt::format("{}: {}\n", Painted(Stream::Output, Ink::Title, Printable(path)),
-                        findings.empty() ? "nothing to say"
-                                         : fmt::format("{} finding{}", findings.size(),
-                                                       findings.size() == 1 ? "" : "s"));
-    Json rows = Json::array();
-    for (const Finding& finding : findings) {
-      text += FindingText(finding);
-      rows.push_back(FindingJson(finding));
-    }
-    documents.push_back({{"file", Utf8(path)}, {"findings", std::move(rows)}});
-  }
-  if (json) text = documents.dump(2, ' ', kAsciiOnly) + '\n';
-  return {errors ? Outcome::Refused : Outcome::Done, text};
+  ForEachFile(files, [&](const NamedFile& file) -> Finish {
+    const std::vector<Finding> findings = FindingsOf(file);
+    const bool isError = GravestOf(findings) == Severity::Error;
+    Json document = json ? FindingsJson(file, findings) : Json();
+    std::string text = json ? std::string() : FindingsText(file, findings);
+    return [&, isError, document = std::move(document), text = std::move(text)] {
+      errors = errors || isError;
+      if (json) {
+        array.Print(document);
+      } else {
+        fmt::print("{}", text);
+      }
+    };
+  });
+  if (json) array.End();
+  return errors ? Outcome::Refused : Outcome::Done;
 }
 
 Result Compact(const std::string& input, const std::string& output) {

@@ -1,15 +1,13 @@
 // The verb info.
 #pragma once
 
-#include <string>
-#include <vector>
-
+#include "Files.h"
 #include "Outcome.h"
 
 namespace vkcl::tool {
 
 /// Prints what the files are and hold, and complains of those that are no profiles. With `json`
 /// one array with a document for each file.
-Outcome Info(const std::vector<std::string>& files, bool json, int channels);
+Outcome Info(const FilesOptions& files, bool json, int channels);
 
 }  // namespace vkcl::tool

@@ -14,6 +14,7 @@
 #include "DataCommands.h"
 #include "DiffCommand.h"
 #include "DocumentCommands.h"
+#include "Files.h"
 #include "InfoCommand.h"
 #include "LifeCommands.h"
 #include "Records.h"
@@ -26,12 +27,6 @@
 
 namespace vkcl::tool {
 namespace {
-
-struct InfoOptions {
-  std::vector<std::string> files;
-  bool json = false;
-  int channels = 0;
-};
 
 struct SetOptions {
   std::string file;
@@ -72,12 +67,11 @@ class Verbs {
  private:
   void AddInfo() {
     CLI::App* verb = Add("info", "Say what profile files are and hold",
-                         "vkcl info press.icc\n  vkcl info --json *.icc", [this] {
-                           code_ = static_cast<int>(Info(info_.files, info_.json, info_.channels));
-                         });
-    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
-    verb->add_flag("--json", info_.json, "One JSON array with a document for each file");
-    verb->add_option("--channels", info_.channels, kChannelsHelp)->check(CLI::Range(0, 16));
+                         "vkcl info press.icc\n  vkcl info --json *.icc",
+                         [this] { code_ = static_cast<int>(Info(files_, json_, channels_)); });
+    AddFiles(verb);
+    verb->add_flag("--json", json_, "One JSON array with a document for each file");
+    verb->add_option("--channels", channels_, kChannelsHelp)->check(CLI::Range(0, 16));
   }
 
   void AddSet() {
@@ -206,12 +200,9 @@ class Verbs {
 
   void AddCheck() {
     CLI::App* verb = Add("check", "Say what is wrong with profile files, or unusual about them",
-                         "vkcl check *.icc", [this] {
-                           const Result result = Check(info_.files, json_);
-                           code_ = static_cast<int>(result.outcome);
-                           fmt::print("{}", result.message);
-                         });
-    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
+                         "vkcl check *.icc\n  vkcl check --recursive /usr/share/color/icc",
+                         [this] { code_ = static_cast<int>(Check(files_, json_)); });
+    AddFiles(verb);
     verb->add_flag("--json", json_, "One JSON array with a document for each file");
     AddExitCodes(verb, "no file has an error", "a file has an error, or the check failed");
     verb =
@@ -274,8 +265,8 @@ class Verbs {
   void AddReport() {
     CLI::App* verb = Add("report", "Write a page about profiles, to read before a meeting",
                          "vkcl report press.icc -o press.html",
-                         [this] { Show(Report(info_.files, other_, force_)); });
-    verb->add_option("FILE", info_.files, "Profile files")->type_name(kFile)->required();
+                         [this] { Show(Report(files_.names, other_, force_)); });
+    verb->add_option("FILE", files_.names, "Profile files")->type_name(kFile)->required();
     verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")
         ->type_name(kOutput)
         ->required();
@@ -334,6 +325,16 @@ class Verbs {
     verb->add_option("FILE", file, "Profile file")->type_name(kFile)->required();
   }
 
+  // Files that are looked at one by one; of every verb that takes as many as one likes.
+  void AddFiles(CLI::App* verb) {
+    verb->add_option("FILE", files_.names, "Profile files")->type_name(kFile)->required();
+    verb->add_flag("-r,--recursive", files_.recursive,
+                   "Of folders take the files in and below them that end in .icc or .icm");
+    verb->add_option("-j,--jobs", files_.jobs,
+                     "Threads to work in; as many as there are processor cores unless given")
+        ->check(CLI::Range(1, 256));
+  }
+
   // How a profile is written into; of every verb that does.
   void AddHow(CLI::App* verb) {
     verb->add_flag("--dry-run", how_.dryRun, "Only tell what would be done");
@@ -372,7 +373,8 @@ class Verbs {
 
   CLI::App& app_;
   ChangeOptions how_;
-  InfoOptions info_;
+  FilesOptions files_;
+  int channels_ = 0;
   SplitOptions split_;
   SetOptions set_;
   DiffOptions diff_;
