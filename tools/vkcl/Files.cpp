@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Progress.h"
+#include "StandardInput.h"
 #include "Text.h"
 
 namespace vkcl::tool {
@@ -51,6 +52,14 @@ void AddFolder(const fs::path& folder, std::vector<NamedFile>& files) {
   }
 }
 
+NamedFile InputOf(const std::string& name) {
+  try {
+    return {name, InputPath(name), {}};
+  } catch (const InputError& error) {
+    return {name, name, error.what()};
+  }
+}
+
 unsigned ThreadsOf(const FilesOptions& options) {
   return options.jobs != 0 ? options.jobs : std::max(std::thread::hardware_concurrency(), 1u);
 }
@@ -61,8 +70,8 @@ std::vector<NamedFile> FilesOf(const FilesOptions& options) {
   std::vector<NamedFile> files;
   for (const std::string& name : options.names) {
     std::error_code error;
-    if (!fs::is_directory(name, error)) {
-      files.push_back({name, name, {}});
+    if (name == "-" || !fs::is_directory(name, error)) {
+      files.push_back(InputOf(name));
     } else if (!options.recursive) {
       files.push_back({name, name,
                        fmt::format("it is a folder; --recursive takes the profiles in it, and so "

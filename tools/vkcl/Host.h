@@ -1,7 +1,9 @@
 // What the tool asks of the operating system, beyond what the library does.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <string>
 
 namespace vkcl::tool::host {
 
@@ -11,5 +13,11 @@ void OccupyStandardStreams();
 
 /// Whether the stream goes to a terminal that can do more than print one line after the other.
 bool IsTerminal(std::FILE* stream);
+
+/// Copies what can be read from the descriptor into a file that nobody else can open, and that is
+/// gone when the program is, however that ends where the system can do so. At most `most` bytes and
+/// one more. Returns their number, and the path to open the file at; -1 with `errno` when reading
+/// or writing fails.
+std::int64_t KeepInput(int descriptor, std::uint64_t most, std::string& path);
 
 }  // namespace vkcl::tool::host

@@ -1,3 +1,5 @@
+#include <cerrno>
+
 #include "Host.h"
 
 namespace vkcl::tool::host {
@@ -6,5 +8,10 @@ void OccupyStandardStreams() {}  // the C library keeps their numbers
 
 // Its console understands colours only when it is asked to; it is not.
 bool IsTerminal(std::FILE*) { return false; }
+
+std::int64_t KeepInput(int, std::uint64_t, std::string&) {
+  errno = ENOSYS;
+  return -1;
+}
 
 }  // namespace vkcl::tool::host

@@ -255,7 +255,9 @@ Result Split(const SplitOptions& options) {
     return Usage("give a file, or --default and a colour mode");
   }
   if (!options.fromXml.empty()) {
-    if (options.file.empty()) return Usage("--from-xml needs a profile to store into");
+    if (options.file.empty() || options.file == "-") {
+      return Usage("--from-xml needs a profile to store into");
+    }
     if (!options.toXml.empty() || options.json) {
       return Usage("--from-xml stores a split; --xml and --json show one");
     }

@@ -21,6 +21,7 @@
 #include "ReportCommand.h"
 #include "Set.h"
 #include "SplitCommands.h"
+#include "StandardInput.h"
 #include "Text.h"
 #include "VsdCommands.h"
 #include "inspect/SchemaText.h"
@@ -135,17 +136,17 @@ class Verbs {
 
   void AddData() {
     CLI::App* verb = Add("lists", "Show the data lists", "vkcl lists --values ours.icc",
-                         [this] { Show(Lists(file_, values_, json_)); });
-    AddFile(verb, file_);
+                         [this] { Show(Lists(InputPath(file_), values_, json_)); });
+    AddInput(verb, file_);
     verb->add_flag("--values", values_, "Show the values, too");
     verb->add_flag("--json", json_, "As a JSON array");
     verb = Add("target", "Show the parsed characterisation target", "vkcl target ours.icc",
-               [this] { Show(Target(file_, json_)); });
-    AddFile(verb, file_);
+               [this] { Show(Target(InputPath(file_), json_)); });
+    AddInput(verb, file_);
     verb->add_flag("--json", json_, "As a JSON document");
     verb = Add("options", "Show the options with which the profile was computed",
-               "vkcl options ours.icc", [this] { Show(Options(file_, json_)); });
-    AddFile(verb, file_);
+               "vkcl options ours.icc", [this] { Show(Options(InputPath(file_), json_)); });
+    AddInput(verb, file_);
     verb->add_flag("--json", json_, "As a JSON document");
   }
 
@@ -175,12 +176,11 @@ class Verbs {
                          "vkcl split press.icc\n  vkcl split --default 256 --xml split.xml\n"
                          "  vkcl split press.icc --from-xml split.xml",
                          [this] {
-                           file_ = split_.file;
+                           split_.file = split_.fromXml.empty() ? InputPath(file_) : file_;
                            split_.how = how_;
                            Show(Split(split_));
                          });
-    verb->add_option("FILE", split_.file, "A profile, or an XML file with a split")
-        ->type_name(kFile);
+    verb->add_option("FILE", file_, "A profile, or an XML file with a split")->type_name(kInput);
     verb->add_option("--default", split_.mode, "The default split of a colour mode instead")
         ->type_name(kMode);
     verb->add_option("--strengths", split_.strengths,
@@ -325,9 +325,14 @@ class Verbs {
     verb->add_option("FILE", file, "Profile file")->type_name(kFile)->required();
   }
 
+  // A profile that is only read; it may come through the standard input.
+  static void AddInput(CLI::App* verb, std::string& file) {
+    verb->add_option("FILE", file, "Profile file")->type_name(kInput)->required();
+  }
+
   // Files that are looked at one by one; of every verb that takes as many as one likes.
   void AddFiles(CLI::App* verb) {
-    verb->add_option("FILE", files_.names, "Profile files")->type_name(kFile)->required();
+    verb->add_option("FILE", files_.names, "Profile files")->type_name(kInput)->required();
     verb->add_flag("-r,--recursive", files_.recursive,
                    "Of folders take the files in and below them that end in .icc or .icm");
     verb->add_option("-j,--jobs", files_.jobs,

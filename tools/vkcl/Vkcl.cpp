@@ -12,11 +12,13 @@
 #include <system_error>
 #include <utility>
 
+#include "ArgumentKinds.h"
 #include "Complain.h"
 #include "HelpText.h"
 #include "Host.h"
 #include "Outcome.h"
 #include "SelfVerbs.h"
+#include "StandardInput.h"
 #include "Style.h"
 #include "UsageError.h"
 #include "Verbs.h"
@@ -53,13 +55,27 @@ void AddColor(CLI::App& app) {
          "Colour in texts; auto is on a terminal, unless NO_COLOR is set")
       ->type_name("WHEN")
       ->check(CLI::IsMember({"auto", "always", "never"}));
-  for (CLI::App* verb : app.get_subcommands([](CLI::App*) { return true; })) AddColor(*verb);
+}
+
+// Only a file that is read may be the standard input.
+std::string WhyNoName(const std::string& name) {
+  return name == "-" ? "- is the standard input, which is only read (a file of that name is ./-)"
+                     : "";
+}
+
+// What is the same for all verbs.
+void AddCommon(CLI::App& app) {
+  for (CLI::Option* option : app.get_options([](CLI::Option*) { return true; })) {
+    if (option->get_type_name() == kFile) option->check(WhyNoName);
+  }
+  AddColor(app);
+  for (CLI::App* verb : app.get_subcommands([](CLI::App*) { return true; })) AddCommon(*verb);
 }
 
 int Parse(CLI::App& app, int argc, char** argv) {
   const std::function<int()> code = AddVerbs(app);
   const std::shared_ptr<void> selfVerbs = AddSelfVerbs(app);
-  AddColor(app);
+  AddCommon(app);
   try {
     app.parse(argc, argv);
     return code();
@@ -70,6 +86,9 @@ int Parse(CLI::App& app, int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     Complain(WhatIsWrong(app, error));
     return static_cast<int>(Outcome::Usage);
+  } catch (const InputError& error) {
+    Complain(std::string("-: ") + error.what());
+    return static_cast<int>(Outcome::Refused);
   } catch (const UsageError& error) {
     Complain(error.what());
     return static_cast<int>(Outcome::Usage);
