@@ -1,0 +1,234 @@
+#!/usr/bin/env python3
+"""Makes the seeds of the fuzz targets: sound inputs, and inputs with one defect each.
+
+usage: make_seeds.py FOLDER
+"""
+import json
+import pathlib
+import random
+import struct
+import sys
+
+
+def profile(tags, space=b"CMYK", device_class=b"prtr", pcs=b"Lab "):
+    table, data = b"", b""
+    start = 132 + 12 * len(tags)
+    for signature, content in tags:
+        table += signature + struct.pack(">II", start + len(data), len(content))
+        data += content + b"\0" * (-len(content) % 4)
+    head = bytearray(128)
+    head[0:4] = struct.pack(">I", start + len(data))
+    head[8:12] = bytes.fromhex("02100000")
+    head[12:24] = device_class + space + pcs
+    head[24:36] = struct.pack(">6H", 2024, 2, 29, 23, 59, 58)
+    head[36:40] = b"acsp"
+    head[68:80] = bytes.fromhex("0000f6d6000100000000d32d")
+    return bytes(head) + struct.pack(">I", len(tags)) + table + data
+
+
+def private(payload):
+    return b"data\0\0\0\0\0\0\0\1" + payload
+
+
+def data_list(values, samples=2, colors=3, flag=1, measured=2):
+    return (b" baL" + struct.pack("<5i", samples, 1, colors, measured, flag)
+            + struct.pack(f"<{len(values)}d", *values))
+
+
+def split(version, count=1):
+    if version == 2:
+        record = struct.pack("<Ii17f", 76, 1, *[i / 16 for i in range(17)])
+    else:
+        columns = version - 1
+        curve = struct.pack(f"<{3 * columns}f", *[i / 8 for i in range(3 * columns)])
+        curve = curve.ljust(256 * 4 * columns, b"\0")
+        record = (struct.pack("<Ii", 24 + 3 * len(curve), 1) + 3 * curve
+                  + struct.pack("<4i", 3, 2, 300, 0))
+    return struct.pack("<iii", version, 20 + count * len(record), count) + bytes(8) + count * record
+
+
+def link():
+    """A device link of class 'link' with an 8-bit table of two points an axis."""
+    lut = b"mft1\0\0\0\0" + bytes([3, 4, 2, 0])
+    lut += struct.pack(">9i", 65536, 0, 0, 0, 65536, 0, 0, 0, 65536)
+    lut += 3 * bytes(range(256)) + bytes(range(0, 256, 8)) + 4 * bytes(range(256))
+    return profile([(b"A2B0", lut), (b"desc", b"desc\0\0\0\0\0\0\0\1\0" + bytes(78))],
+                   b"RGB ", b"link", b"CMYK")
+
+
+def payloads():
+    color = (struct.pack("<4i", 1, 1068, 9, 7) + b"Hewlett-Packard".ljust(128, b"\0")
+             + b"Model".ljust(128, b"\0") + b"  Matte  ".ljust(128, b"\0")
+             + struct.pack("<iffiiii", 3, 720, 1440.5, 1, 2, 3, 4) + bytes(range(256)) + bytes(384))
+    chain = link()
+    made = {
+        "split2": split(2, 2), "split3": split(3), "split4": split(4),
+        "single": struct.pack("<iii16d", 1, 140, 16, *range(16)),
+        "multi1": struct.pack("<iii36d", 1, 300, 36, *range(36)), "color": color,
+        "list": data_list([95, .1, -1, 50, -30, float("nan")]),
+        "placeholder": b"\xff\xff\xff\xff" + struct.pack("<5i", 3, 1, 0, 3, 0),
+        "dither": struct.pack("<ii", 1, 4132) + bytes(8) + struct.pack("<I", 4116) + bytes(4112),
+        "short_dither": struct.pack("<ii", 1, 24) + bytes(8) + struct.pack("<II", 4116, 0),
+        "compatibility": bytes(range(64)),
+        "spot_limits": struct.pack("<iii", 1, 32, 2) + b"Spot" + struct.pack("<2d", 75, 82.5),
+        "spot_links": (struct.pack("<iiii", 1, 20 + 4 + 8 + len(chain), 2, 4) + b"Spot"
+                       + struct.pack("<2i", len(chain), 0) + chain),
+        "extra_data": struct.pack("<i", 1) + b"lin".ljust(132, b"\0") + bytes(436),
+        "sidecar": struct.pack("<i", 1) + b"press.icc".ljust(128, b"\0") + b"<VK_VSD_PROFILE/>",
+        "flag": struct.pack("<i", 1), "text": b"soft\0", "extra": struct.pack("<ii", 1, 5),
+        "file": profile([(b"cprt", b"text\0\0\0\0x\0")]), "empty": b"",
+    }
+    for name, payload in list(made.items()):
+        made[name + "_cut"] = payload[:-1]
+        for at in (0, 4, 8, 12, 16):  # each of the numbers at the front, wrong in turn
+            for what, number in (("negative", -1), ("huge", 0x7FFFFFFF), ("zero", 0)):
+                if at + 4 <= len(payload):
+                    made[f"{name}_{at}_{what}"] = (
+                        payload[:at] + struct.pack("<i", number) + payload[at + 4:])
+    return made
+
+
+def profiles():
+    text = b"text\0\0\0\0made by hand\0"
+    small = {name: payload for name, payload in payloads().items() if len(payload) < 20000}
+    tags = {"split4": b"QX50", "single": b"QX51", "multi1": b"QX52", "color": b"QX53",
+            "list": b"QX54", "spot_limits": b"QX68", "spot_links": b"QX69", "text": b"QX75"}
+    own = [(b"cprt", text)] + [(sig, private(small[name])) for name, sig in tags.items()]
+    target = b"CGATS\nBEGIN_DATA_FORMAT\nCMYK_C LAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\n1 2 3 4\nEND_DATA\n"
+    sound = profile(own + [(b"targ", b"text\0\0\0\0" + target)])
+    made = {"plain": profile([(b"cprt", text)]), "own": sound, "link": link(),
+            "lab": profile([(b"cprt", text)], b"Lab "), "none": profile([])}
+
+    def defect(name, at, bytes_):
+        made[name] = sound[:at] + bytes_ + sound[at + len(bytes_):]
+
+    defect("no_magic", 36, b"psca")
+    defect("size_small", 0, b"\0\0\0\x80")
+    defect("size_large", 0, b"\x7f\xff\xff\xff")
+    defect("count_large", 128, b"\x10\0\0\0")
+    defect("count_more", 128, struct.pack(">I", len(own) + 2))
+    defect("offset_in_header", 136, struct.pack(">I", 64))
+    defect("offset_beyond", 136, b"\xff\xff\xff\xf0")
+    defect("size_beyond", 140, b"\xff\xff\xff\xff")
+    defect("size_zero", 140, b"\0\0\0\0")
+    defect("shared", 148, sound[136:144])
+    defect("twice", 144, sound[132:136])
+    defect("type_unknown", struct.unpack(">I", sound[148:152])[0], b"what")
+    defect("flag_text", struct.unpack(">I", sound[148:152])[0] + 8, b"\0\0\0\0")
+    for length in (0, 127, 128, 131, 132, 143, len(sound) // 2, len(sound) - 1):
+        made[f"cut_{length}"] = sound[:length]
+    return made
+
+
+def targets():
+    head = "CGATS.17\nNUMBER_OF_FIELDS 7\nBEGIN_DATA_FORMAT\n{}\nEND_DATA_FORMAT\n"
+    rows = "BEGIN_DATA\n0 100 40.5 12 50.5 -1e1 .5\n1 2 3 4 5 6 7\nEND_DATA\n"
+    fields = "CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B"
+    sound = head.format(fields) + rows
+    return {name: text.encode() for name, text in {
+        "sound": sound, "crlf": sound.replace("\n", "\r\n"), "tabs": sound.replace(" ", "\t"),
+        "xyz": sound.replace("LAB_L LAB_A LAB_B", "XYZ_X XYZ_Y XYZ_Z"),
+        "reflectance": head.format("RGB_R RGB_G RGB_B R_380 R_390") + rows,
+        "no_format": sound.replace("BEGIN_DATA_FORMAT", ""),
+        "format_open": sound.replace("END_DATA_FORMAT", ""), "no_data": head.format(fields),
+        "data_open": sound.replace("END_DATA\n", ""), "reversed": rows + head.format(fields),
+        "no_fields": head.format("") + rows, "no_numbers": head.format(fields) + "BEGIN_DATA\nEND_DATA\n",
+        "words": sound.replace("40.5", "many"), "nan": sound.replace("40.5", "nan"),
+        "huge": sound.replace("40.5", "1e999"), "gray": head.format("GRAY_K LAB_L LAB_A LAB_B") + rows,
+        "no_device": head.format("LAB_L LAB_A LAB_B") + rows, "empty": ""}.items()}
+
+
+def sidecars():
+    data = ("<DataFormat>1281450528</DataFormat><NumOfSamples>1</NumOfSamples><ColorMode>2</ColorMode>"
+            "<NumOfColors>1</NumOfColors><Measured>1</Measured><DataList>000000000000f03f</DataList>")
+    sizes = "".join(f"<{name}>{data}</{name}>" for name in ("Small", "Medium", "Large"))
+    sound = ("<?xml version='1.0'?><VK_VSD_PROFILE><VK_VSD_COLORPARAM><Make>A</Make><Model/><MediaName>B"
+             "</MediaName><MediaID>7</MediaID><PrintMode>1</PrintMode><ResolutionID>2</ResolutionID>"
+             "<ResolutionX>720.5</ResolutionX><ResolutionY>1e3</ResolutionY><ColorMode>1</ColorMode>"
+             "<DriverColorMode>0</DriverColorMode><DitherMethod>3</DitherMethod><DriverOption>00AB"
+             f"</DriverOption></VK_VSD_COLORPARAM><MeasurementData>{sizes}</MeasurementData>"
+             "<MediumStart><NumOfColors>1</NumOfColors><DataList>000000000000f03f</DataList></MediumStart>"
+             "<LargeStart><DataList/></LargeStart><VK_VSD_SINGLE_INKLIMITS><Num_of_Channels>4"
+             "</Num_of_Channels><Values>95.50;80</Values></VK_VSD_SINGLE_INKLIMITS>"
+             "<VK_VSD_SPOT_SINGLE_INKLIMITS><Num_of_Channels>1</Num_of_Channels><ChannelS>Spot</ChannelS>"
+             "<Values>70</Values></VK_VSD_SPOT_SINGLE_INKLIMITS></VK_VSD_PROFILE>")
+    made = {"sound": sound, "other_root": sound.replace("VK_VSD_PROFILE>", "X>"),
+            "many_samples": sound.replace("<NumOfSamples>1<", "<NumOfSamples>2147483647<"),
+            "negative": sound.replace("<NumOfColors>1<", "<NumOfColors>-1<"),
+            "no_hex": sound.replace("000000000000f03f", "xyz"), "cut": sound[:300],
+            "entity": "<!DOCTYPE a [<!ENTITY b 'c'>]>" + sound, "comment": sound.replace("<Model/>", "<!-- -- -->"),
+            "deep": "<a>" * 300, "cdata": sound.replace(">A<", "><![CDATA[<A>]]><"), "empty": ""}
+    return {name: text.encode() for name, text in made.items()} | {
+        "utf16": sound.replace("'1.0'", "'1.0'").encode("utf-16"), "raw": sound.encode().replace(b">A<", b">\xff\xfe<")}
+
+
+def splits():
+    sound = ('<S Version="4" NumofColor2Split="2"><ListSplit><item interpolation="1" colorantIndex="3">'
+             "<light>0 0 0;0.3 0.4 0.25;</light><medium/><dark>0.3 0 0;1 1 0</dark></item>"
+             '<item colorantIndex="-1"/></ListSplit></S>')
+    return {name: text.encode() for name, text in {
+        "sound": sound, "v2": sound.replace('"4"', '"2"'), "v3": sound.replace('"4"', '"3"'),
+        "v9": sound.replace('"4"', '"9"'), "many": sound.replace('Split="2"', 'Split="1024"'),
+        "too_many": sound.replace('Split="2"', 'Split="99999"'), "negative": sound.replace('Split="2"', 'Split="-1"'),
+        "no_list": sound.replace("ListSplit", "List"), "words": sound.replace("0.4", "x"),
+        "long": sound.replace("0.3 0.4 0.25;", "1 1 1;" * 300), "cut": sound[:90]}.items()}
+
+
+def definitions():
+    sound = "[Colours]\r\nViolet 10000 0 0 0\r\nOrange2 0x20000 0 -1 +2\r\n"
+    return {name: text.encode("latin-1") for name, text in {
+        "sound": sound, "short": "Short 40000 0 0\n", "long_name": "x" * 300 + " 1 2 3 4\n",
+        "longest_name": "x" * 255 + " 1 2 3 4\n", "wide": "Wide 100000000 0 0 0\n", "blank": "\n \n",
+        "bom": "\xef\xbb\xbf" + sound, "zero": "A\0B 1 2 3 4\n", "no_end": sound[:-2], "more": "A 1 2 3 4 5\n"}.items()}
+
+
+def documents():
+    def document(tags):
+        return json.dumps({"format": "vkcl-private-tags", "formatVersion": 1, "tags": tags})
+    sound = {
+        "QX51": {"version": 1, "size": 140, "count": 16, "limits": list(range(16))},
+        "QX54": {"DataFormat": "Lab ", "ColorMode": 1, "Measured": 2, "values": [[1, 2.5, "nan"], [3, "-inf", "-0"]]},
+        "QX68": {"version": 1, "name": "Spot", "limits": [75]}, "QX74": {"value": -1}, "QX75": {"text": "soft"},
+        "QX69": {"version": 1, "name": {"bytes": ["/w=="]}, "links": [["AAEC"], []]},
+        "QX50": {"version": 2, "splits": [{"colorantIndex": 1, **{name: 0.5 for name in (
+            "lightPeakInput", "lightEndInput", "mediumPeakInput", "mediumEndInput", "lightPeakAmount",
+            "mediumPeakAmount", "darkAmount", "lightTailAmount", "lightPeakShape", "lightEndShape",
+            "mediumTailAmount", "mediumStartShape", "mediumPeakShape", "mediumEndShape", "darkStartShape",
+            "darkEndShape")}}]},
+        "QX99": {"payload": ["AAEC"]}, "QX51#2": {"element": ["Zm9v"]}, "0x515801ff": {"payload": []}, "QX53": None}
+    text = document(sound)
+    return {name: text.encode() for name, text in {
+        "sound": text, "cut": text[:200], "spaces": json.dumps(json.loads(text), indent=2),
+        "sorted": json.dumps(json.loads(text), sort_keys=True), "array": "[]", "deep": "[" * 100,
+        "twice": text.replace('"QX75"', '"QX74"'), "wide": text.replace("-1", "4294967296"),
+        "exponent": text.replace("2.5", "2.5e400"), "standard": text.replace("QX99", "cprt"),
+        "points": document({"QX50": {"version": 4, "splits": [
+            {"colorantIndex": 0, "light": [[0, 0, 0], [.3, .4, .25]], "medium": [], "dark": [[1, 1, 0]],
+             "lightCount": 2, "mediumCount": 0, "darkCount": 1, "interpolation": 0}]}})}.items()}
+
+
+def programs():
+    """For the model: choices and payloads."""
+    made = {}
+    for kind in range(32):
+        source = random.Random(kind)
+        made[f"life_{kind}"] = bytes([kind]) + bytes(source.randrange(256) for _ in range(400))
+    return made
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    meta = b"dict\0\0\0\0" + struct.pack(">II", 1, 16) + struct.pack(">4I", 32, 16, 48, 6)
+    meta += "InkTotal".encode("utf-16-be") + "300".encode("utf-16-be")
+    profiler = profiles() | {"options": profile([(b"meta", meta), (b"cprt", b"text\0\0\0\0x\0")])}
+    seeds = {"load": profiles(), "payload": payloads(), "target": targets(), "sidecar": sidecars(),
+             "splitxml": splits(), "definitions": definitions(), "document": documents(),
+             "profiler": profiler, "model": programs()}
+    for target, inputs in seeds.items():
+        (folder / target).mkdir(parents=True)
+        for name, content in inputs.items():
+            (folder / target / name).write_bytes(content)
+
+
+if __name__ == "__main__":
+    main()
