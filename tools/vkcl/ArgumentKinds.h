@@ -13,7 +13,7 @@ namespace vkcl::tool {
 inline constexpr const char* kFile = "FILE";
 /// A file that is only read; "-" is the standard input.
 inline constexpr const char* kInput = "INPUT";
-/// A file that is written; "-" is the standard output, as the description says.
+/// A file that is written; "-" is the standard output.
 inline constexpr const char* kOutput = "OUTPUT";
 /// Names of inks, colour modes, and numbers with commas between them: no files.
 inline constexpr const char* kName = "NAME";

@@ -42,6 +42,7 @@ void SetType(const std::string& told, Argument& argument) {
     argument.offer = Offer::Files;
   }
   if (type == kInput) argument.what += "; - for the standard input";
+  if (type == kOutput) argument.what += "; - for the standard output";
   const std::string range = Between(told, '[', ']');
   if (!range.empty()) argument.what += " [" + range + "]";
 }

@@ -139,7 +139,7 @@ Result Apply(const ApplyOptions& options, const ChangeOptions& how) {
     return Usage("--output writes a copy; it goes with neither --in-place nor --dry-run");
   }
   Document document;
-  if (!ReadFrom(options.document, document, why)) {
+  if (!ReadFrom(options.path, document, why)) {
     return Refused(fmt::format("{}: {}", Printable(options.document), why));
   }
   if (document.tags.empty()) return Done("the document holds no tags; nothing is changed");

@@ -22,9 +22,10 @@ Result Dump(const DumpOptions& options);
 
 struct ApplyOptions {
   std::string file;
-  std::string document;
-  std::string output;  ///< a copy to write instead of changing the file; empty without one
-  bool force = false;  ///< replace an existing copy
+  std::string document;  ///< its name, for people
+  std::string path;      ///< where it is opened
+  std::string output;    ///< a copy to write instead of changing the file; empty without one
+  bool force = false;    ///< replace an existing copy
 };
 
 /// Stores what a JSON document holds.

@@ -17,8 +17,14 @@ bool WriteToStandardOutput(std::string_view piece) {
 
 }  // namespace
 
-Result Report(const std::vector<std::string>& profiles, const std::string& output, bool force) {
-  const std::vector<AFilePath> paths(profiles.begin(), profiles.end());
+Result Report(const FilesOptions& profiles, const std::string& output, bool force) {
+  std::vector<AFilePath> paths;
+  for (const NamedFile& file : FilesOf(profiles)) {
+    if (!file.problem.empty()) {
+      return Refused(fmt::format("{}: {}", Printable(file.name), file.problem));
+    }
+    paths.emplace_back(file.path);
+  }
   if (output == "-") {
     const bool written = WriteReport(paths, WriteToStandardOutput) && std::fflush(stdout) == 0;
     return written ? Done({}) : Refused("the output cannot be written");
@@ -33,7 +39,7 @@ Result Report(const std::vector<std::string>& profiles, const std::string& outpu
   if (!WriteReportFile(paths, page)) {
     return Refused(fmt::format("{} could not be written", Printable(output)));
   }
-  return Done(fmt::format("{} profile{} in {}", profiles.size(), profiles.size() == 1 ? "" : "s",
+  return Done(fmt::format("{} profile{} in {}", paths.size(), paths.size() == 1 ? "" : "s",
                           Printable(output)) +
               '\n');
 }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
+#include "Files.h"
 #include "Outcome.h"
 
 namespace vkcl::tool {
@@ -11,6 +11,6 @@ namespace vkcl::tool {
 /// Writes the page into the file `output`, "-" for the standard output. A file that exists is
 /// replaced with `force` only. Files that are no profiles are in the page with what is wrong
 /// with them.
-Result Report(const std::vector<std::string>& profiles, const std::string& output, bool force);
+Result Report(const FilesOptions& profiles, const std::string& output, bool force);
 
 }  // namespace vkcl::tool

@@ -217,10 +217,11 @@ class Verbs {
                          "vkcl dump press.icc QX51 ColorParam\n"
                          "  vkcl dump --json press.icc -o press.json",
                          [this] {
-                           const auto result = Dump(dump_);
-                           if (!result.message.empty()) Tell(dump_.file, result);
+                           dump_.file = InputPath(file_);
+                           const Result result = Dump(dump_);
+                           if (!result.message.empty()) Tell(file_, result);
                          });
-    AddFile(verb, dump_.file);
+    AddInput(verb, file_);
     verb->add_option("TAG", dump_.tags,
                      "Only these tags: QX53, QX53#2 for a second one, or ColorParam")
         ->type_name(kName)
@@ -232,10 +233,13 @@ class Verbs {
     verb = Add("apply", "Store the private tags of a document",
                "vkcl apply press.icc press.json\n"
                "  vkcl apply standard.icc press.json --output ours.icc",
-               [this] { Tell(apply_.file, Apply(apply_, how_)); });
+               [this] {
+                 apply_.path = InputPath(apply_.document);
+                 Tell(apply_.file, Apply(apply_, how_));
+               });
     AddFile(verb, apply_.file);
     verb->add_option("DOCUMENT", apply_.document, "A JSON document, as dump writes it")
-        ->type_name(kFile)
+        ->type_name(kInput)
         ->required();
     verb->add_option("-o,--output", apply_.output, "Write a copy instead of changing the profile")
         ->type_name(kFile);
@@ -251,12 +255,14 @@ class Verbs {
   void AddDiff() {
     CLI::App* verb =
         Add("diff", "Say what two profiles differ in", "vkcl diff monday.icc tuesday.icc", [this] {
-          const auto result = Diff(diff_);
+          diff_.before = InputPath(file_);
+          diff_.after = InputPath(other_);
+          const Result result = Diff(diff_);
           code_ = static_cast<int>(result.outcome);
           if (!result.message.empty()) Tell({}, result);
         });
-    verb->add_option("BEFORE", diff_.before, "A profile")->type_name(kFile)->required();
-    verb->add_option("AFTER", diff_.after, "Another one")->type_name(kFile)->required();
+    verb->add_option("BEFORE", file_, "A profile")->type_name(kInput)->required();
+    verb->add_option("AFTER", other_, "Another one")->type_name(kInput)->required();
     verb->add_flag("--json", diff_.json, "As a JSON array with an object for each difference");
     AddExitCodes(verb, "the profiles are the same", "they differ, or cannot be compared");
     verb->add_flag("--all", diff_.all, "Every difference, not only the first of each tag");
@@ -265,11 +271,10 @@ class Verbs {
   void AddReport() {
     CLI::App* verb = Add("report", "Write a page about profiles, to read before a meeting",
                          "vkcl report press.icc -o press.html",
-                         [this] { Show(Report(files_.names, other_, force_)); });
+                         [this] { Show(Report(files_, other_, force_)); });
     verb->add_option("FILE", files_.names, "Profile files")->type_name(kFile)->required();
-    verb->add_option("-o,--output", other_, "The HTML page; - for the standard output")
-        ->type_name(kOutput)
-        ->required();
+    AddRecursive(verb);
+    verb->add_option("-o,--output", other_, "The HTML page")->type_name(kOutput)->required();
     verb->add_flag("--force", force_, "Replace an existing file");
   }
 
@@ -333,11 +338,15 @@ class Verbs {
   // Files that are looked at one by one; of every verb that takes as many as one likes.
   void AddFiles(CLI::App* verb) {
     verb->add_option("FILE", files_.names, "Profile files")->type_name(kInput)->required();
-    verb->add_flag("-r,--recursive", files_.recursive,
-                   "Of folders take the files in and below them that end in .icc or .icm");
+    AddRecursive(verb);
     verb->add_option("-j,--jobs", files_.jobs,
                      "Threads to work in; as many as there are processor cores unless given")
         ->check(CLI::Range(1, 256));
+  }
+
+  void AddRecursive(CLI::App* verb) {
+    verb->add_flag("-r,--recursive", files_.recursive,
+                   "Of folders take the files in and below them that end in .icc or .icm");
   }
 
   // How a profile is written into; of every verb that does.
