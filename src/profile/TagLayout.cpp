@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "platform/Bytes.h"
@@ -164,9 +166,16 @@ bool TagDataSuitAppending(const VKCLProfile& profile) {
                            PaddedEndOf(table.back()) == profile.header.size);
 }
 
-bool WriteArranged(const VKCLProfile& profile, AFile& to) { return WriteChanged(profile, {}, to); }
+bool WriteArranged(const VKCLProfile& profile, AFile& to) {
+  return WriteTags(profile, {}, Blocks::Own, to);
+}
 
 bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes, AFile& to) {
+  return WriteTags(profile, changes, Blocks::Shared, to);
+}
+
+bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, Blocks blocks,
+               AFile& to) {
   if (profile.isValidICC() == 0 || profile.tagTable == nullptr) return false;
   return Guarded([&] {
     const FileContent source = ReadWholeFile(profile.filePath);
@@ -183,13 +192,19 @@ bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes
     std::vector<host::Slice> slices(1);  // the head, when it is known
     std::uint64_t position = TableEnd(pieces.size());
     const char zeros[4] = {};
+    std::map<std::pair<const char*, std::size_t>, std::uint32_t> placed;
     for (const Piece& piece : pieces) {
       if (position > UINT32_MAX || piece.bytes.size() > UINT32_MAX) return false;
       const auto size = static_cast<std::uint32_t>(piece.bytes.size());
+      const auto at = static_cast<std::uint32_t>(position);
+      const auto [first, isNew] = placed.try_emplace({piece.bytes.data(), size}, at);
+      if (!isNew && blocks == Blocks::Shared) {
+        table.push_back({static_cast<icTagSignature>(piece.signature), first->second, size});
+        continue;
+      }
       slices.push_back({piece.bytes.data(), size});
       slices.push_back({zeros, static_cast<std::size_t>(PadTo4(size) - size)});
-      table.push_back({static_cast<icTagSignature>(piece.signature),
-                       static_cast<std::uint32_t>(position), size});
+      table.push_back({static_cast<icTagSignature>(piece.signature), at, size});
       position += PadTo4(size);
     }
     // Tags that share a block are given one each; hundreds of tags on one block are no profile.

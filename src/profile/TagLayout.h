@@ -38,8 +38,8 @@ VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
 /// The same with private tags changed on the way: an entry that there is keeps its place in the
 /// table, others are put behind it in the order of `changes`. The header stays as it is, but where
 /// other colour parameters take the place of stored ones it follows their colour mode
-/// (VKCLProfile::UpdateHeaderColorSpace). Only a tag that is changed may be damaged. False, too,
-/// when no tag is left.
+/// (VKCLProfile::UpdateHeaderColorSpace). Tags that share their data, and are not changed, go on
+/// sharing them. Only a tag that is changed may be damaged. False, too, when no tag is left.
 VKCL_API bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes,
                            AFile& to);
 

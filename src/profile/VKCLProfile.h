@@ -37,8 +37,14 @@ namespace vkcl {
 struct FilePiece;
 struct ProfilePeer;
 struct TagChange;
-VKCL_API bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes,
-                           AFile& to);
+/// Whether tags that share their data get a copy each in a file that is written anew.
+enum class Blocks : bool {
+  Own,     ///< each its own
+  Shared,  ///< the first one's, as before
+};
+/// What WriteArranged and WriteChanged have in common (TagLayout.h).
+bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, Blocks blocks,
+               AFile& to);
 }  // namespace vkcl
 
 /// One ICC profile file: its header, its tag table, and operations on the tags in it.
@@ -139,8 +145,8 @@ class VKCL_API VKCLProfile {
 
  private:
   friend struct vkcl::ProfilePeer;
-  friend bool vkcl::WriteChanged(const VKCLProfile& profile,
-                                 std::span<const vkcl::TagChange> changes, AFile& to);
+  friend bool vkcl::WriteTags(const VKCLProfile& profile, std::span<const vkcl::TagChange> changes,
+                              vkcl::Blocks blocks, AFile& to);
 
   void Load();
   static void ReverseICCHeader(icHeader* h);
