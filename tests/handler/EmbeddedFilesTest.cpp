@@ -10,12 +10,12 @@
 
 #include "handler/VKCLProfileHandler.h"
 #include "platform/profiler/TesselColorProfiler.h"
+#include "support/PeakMemory.h"
 #include "support/RealProfiles.h"
 #include "support/SystemCalls.h"
 #include "support/TagFile.h"
 
 #if defined(__linux__)
-#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -781,51 +781,11 @@ TEST(HostTextAsUtf8, LeavesTheLocaleAlone) {
 
 #endif
 
-// A large file, in and out. Whatever is resident counts; measured as the lists' memory is, in a
-// process of its own. A sanitizer keeps released memory and cannot be measured like this.
+// A large file, in and out.
 
-#if defined(__has_feature)
-#define VKCL_HAS_FEATURE(name) __has_feature(name)
-#else
-#define VKCL_HAS_FEATURE(name) 0
-#endif
-#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && \
-    !VKCL_HAS_FEATURE(address_sanitizer) && !VKCL_HAS_FEATURE(thread_sanitizer)
+#if VKCL_MEMORY_IS_MEASURABLE
 
-long StatusBytes(const std::string& name) {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;) {
-    long kilobytes = 0;
-    if (word == name && status >> kilobytes) return kilobytes * 1024;
-  }
-  return -1;
-}
-
-/// How far the resident set grew at most while `run` ran, in bytes; -1 when `run` said no or
-/// nothing could be measured.
-long PeakGrowth(const std::function<bool()>& run) {
-  int ends[2] = {};
-  if (::pipe(ends) != 0) return -1;
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::mallopt(M_MMAP_THRESHOLD, 64 * 1024);  // large blocks go back when they are released
-    ::malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << "5";  // the high-water mark starts from here
-    const long before = StatusBytes("VmRSS:");
-    const bool good = run();
-    const long growth = StatusBytes("VmHWM:") - before;
-    const long result = good && before > 0 ? growth : -1;
-    const bool told = ::write(ends[1], &result, sizeof result) == sizeof result;
-    ::_exit(told ? 0 : 1);
-  }
-  ::close(ends[1]);
-  long result = -1;
-  const bool heard = ::read(ends[0], &result, sizeof result) == sizeof result;
-  ::close(ends[0]);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return heard && status == 0 ? result : -1;
-}
+using vkcl::testing::PeakGrowth;
 
 constexpr long kLarge = 64l << 20;
 
