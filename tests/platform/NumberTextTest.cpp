@@ -21,7 +21,9 @@ using vkcl::NextHex;
 using vkcl::NextInteger;
 using vkcl::NextNumber;
 using vkcl::NumberOf;
+using vkcl::ShortestText;
 using vkcl::SkipSpace;
+using vkcl::WholeNumber;
 using vkcl::testing::CommaLocale;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -561,6 +563,145 @@ TEST(AppendFixed, AgreesWithTheCLibrary) {
   }
 }
 
+// The fewest digits, and whole texts.
+
+/// A number of these bits, of any class.
+template <class Float, class Bits>
+Float OfBits(Bits bits) {
+  static_assert(sizeof(Float) == sizeof(Bits));
+  Float number = 0;
+  std::memcpy(&number, &bits, sizeof number);
+  return number;
+}
+
+/// What a text that is a number as a whole stands for; "none" when it is none.
+template <class Float>
+std::string Whole(std::string_view text) {
+  Float number = -77;
+  return WholeNumber(text, number) ? Exact(number) : "none";
+}
+
+/// The length of the shortest of the C library's "%.*e" that reads back to the same number.
+template <class Float>
+std::size_t ShortestScientific(Float number) {
+  const PointLocale point;
+  for (int decimals = 0;; ++decimals) {
+    std::array<char, 64> text = {};
+    std::snprintf(text.data(), text.size(), "%.*e", decimals, static_cast<double>(number));
+    const Float back = sizeof(Float) == sizeof(float)
+                           ? static_cast<Float>(std::strtof(text.data(), nullptr))
+                           : static_cast<Float>(std::strtod(text.data(), nullptr));
+    if (std::memcmp(&back, &number, sizeof number) == 0) return std::strlen(text.data());
+  }
+}
+
+TEST(ShortestText, HasNoDigitTooMany) {
+  EXPECT_EQ(ShortestText(0.0), "0");
+  EXPECT_EQ(ShortestText(1.0), "1");
+  EXPECT_EQ(ShortestText(-12.5), "-12.5");
+  EXPECT_EQ(ShortestText(0.1), "0.1");
+  EXPECT_EQ(ShortestText(0.1f), "0.1");
+  EXPECT_EQ(ShortestText(static_cast<double>(0.1f)), "0.10000000149011612");
+  EXPECT_EQ(ShortestText(0.1 + 0.2), "0.30000000000000004");
+  EXPECT_EQ(ShortestText(1.0 / 3), "0.3333333333333333");
+  EXPECT_EQ(ShortestText(1.0f / 3), "0.33333334");
+  EXPECT_EQ(ShortestText(16777216.0f), "16777216");
+  EXPECT_EQ(ShortestText(5e-324), "5e-324");
+  EXPECT_EQ(ShortestText(0x1p-149f), "1e-45");
+  EXPECT_EQ(ShortestText(std::numeric_limits<double>::max()), "1.7976931348623157e+308");
+  EXPECT_EQ(ShortestText(std::numeric_limits<float>::max()), "3.4028235e+38");
+}
+
+TEST(ShortestText, KeepsTheSignOfZeroAndNamesWhatIsNoNumber) {
+  EXPECT_EQ(ShortestText(-0.0), "-0");
+  EXPECT_EQ(ShortestText(-0.0f), "-0");
+  EXPECT_EQ(ShortestText(kInfinity), "inf");
+  EXPECT_EQ(ShortestText(-kInfinity), "-inf");
+  EXPECT_EQ(ShortestText(std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(ShortestText(std::numeric_limits<float>::infinity()), "inf");
+  EXPECT_EQ(ShortestText(std::numeric_limits<float>::quiet_NaN()), "nan");
+}
+
+template <class Float, class Bits>
+void ExpectShortestAndExact(Bits bits) {
+  const Float number = OfBits<Float>(bits);
+  if (!std::isfinite(number)) return;
+  const std::string text = ShortestText(number);
+  Float back = 77;
+  ASSERT_TRUE(WholeNumber(text, back)) << text;
+  ASSERT_EQ(std::memcmp(&back, &number, sizeof number), 0) << text;
+  ASSERT_LE(text.size(), ShortestScientific(number)) << text;
+}
+
+TEST(ShortestText, GivesBackNumbersOfEveryExponent) {
+  std::mt19937_64 random(7);
+  for (std::uint32_t exponent = 0; exponent < 255; ++exponent) {
+    for (const std::uint32_t sign : {0u, 1u}) {
+      const std::uint32_t high = sign << 31 | exponent << 23;
+      const auto any = static_cast<std::uint32_t>(random()) & 0x7FFFFFu;
+      for (const std::uint32_t low : {0u, 1u, 0x400000u, 0x7FFFFFu, any}) {
+        ExpectShortestAndExact<float>(high | low);
+      }
+    }
+  }
+  for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
+    const std::uint64_t high = (random() & 1) << 63 | exponent << 52;
+    const std::uint64_t all = (std::uint64_t{1} << 52) - 1;
+    for (const std::uint64_t low : {std::uint64_t{0}, std::uint64_t{1}, all, random() & all}) {
+      ExpectShortestAndExact<double>(high | low);
+    }
+  }
+}
+
+TEST(WholeNumber, IsTheNumberThatTheTextIs) {
+  EXPECT_EQ(Whole<double>("1.5"), Exact(1.5));
+  EXPECT_EQ(Whole<double>("-0"), Exact(-0.0));
+  EXPECT_EQ(Whole<double>("-0.0e7"), Exact(-0.0));
+  EXPECT_EQ(Whole<double>("1E2"), Exact(100.0));
+  EXPECT_EQ(Whole<double>("1e+02"), Exact(100.0));
+  EXPECT_EQ(Whole<float>("0.1"), Exact(0.1f));
+  EXPECT_EQ(Whole<float>("16777217"), Exact(16777216.0f));
+  EXPECT_EQ(Whole<double>(std::string_view("1.55", 3)), Exact(1.5));
+  EXPECT_EQ(Whole<double>("0." + std::string(5000, '0') + "1e5001"), Exact(1.0));
+}
+
+TEST(WholeNumber, RefusesTextsThatAreNoNumberAsAWhole) {
+  for (const char* text : {"", " ", "x", "-", "+", ".", "e5", "1 ", "1x", "1,5", "1.5.5", "1e",
+                           "1e+", "1-2", "- 1", "--1", "1_0", "1 0"}) {
+    EXPECT_EQ(Whole<double>(text), "none") << text;
+    EXPECT_EQ(Whole<float>(text), "none") << text;
+  }
+  EXPECT_EQ(Whole<double>(std::string_view("1\0", 2)), "none");
+}
+
+TEST(WholeNumber, RefusesWhatIsTooLargeOrTooSmall) {
+  EXPECT_EQ(Whole<double>("1.7976931348623157e308"), Exact(0x1.fffffffffffffp1023));
+  EXPECT_EQ(Whole<double>("1.7976931348623159e308"), "none");
+  EXPECT_EQ(Whole<double>("-1e309"), "none");
+  EXPECT_EQ(Whole<double>("1e99999999999999999999"), "none");
+  EXPECT_EQ(Whole<double>("1" + std::string(400, '0')), "none");
+  EXPECT_EQ(Whole<double>("5e-324"), Exact(0x1p-1074));
+  EXPECT_EQ(Whole<double>("2e-324"), "none");
+  EXPECT_EQ(Whole<double>("1e-99999999999999999999"), "none");
+  EXPECT_EQ(Whole<float>("3.4028235e38"), Exact(0x1.fffffep127));
+  EXPECT_EQ(Whole<float>("3.4028236e38"), "none");
+  EXPECT_EQ(Whole<float>("1e39"), "none");
+  EXPECT_EQ(Whole<float>("1e-45"), Exact(0x1p-149));
+  EXPECT_EQ(Whole<float>("1e-46"), "none");
+}
+
+TEST(WholeNumber, ZeroIsNeverTooSmall) {
+  EXPECT_EQ(Whole<double>("0e-999"), Exact(0.0));
+  EXPECT_EQ(Whole<double>("-0e999"), Exact(-0.0));
+  EXPECT_EQ(Whole<float>("0.000e-99999999999999999999"), Exact(0.0));
+}
+
+TEST(WholeNumber, RoundsOnce) {
+  EXPECT_EQ(Whole<float>("1.00000005960464477539062500000001"), Exact(0x1.000002p0));
+  EXPECT_EQ(Whole<float>("1.000000059604644775390625"), Exact(1.0));
+  EXPECT_EQ(Whole<double>("9007199254740993"), Exact(9007199254740992.0));
+}
+
 // The locale.
 
 TEST(NumberText, HasAPointWhateverTheLocaleAndLeavesThat) {
@@ -571,6 +712,9 @@ TEST(NumberText, HasAPointWhateverTheLocaleAndLeavesThat) {
   EXPECT_EQ(NextFloat("0.25;"), Found(0.25, ";"));
   EXPECT_EQ(Exact(NumberOf("2.75")), Exact(2.75));
   EXPECT_EQ(Fixed(1234567.875, 2), "1234567.88");
+  EXPECT_EQ(ShortestText(0.25), "0.25");
+  EXPECT_EQ(Whole<double>("0.25"), Exact(0.25));
+  EXPECT_EQ(Whole<double>("0,25"), "none");
   EXPECT_EQ(IntegerText(1234567), "1234567");
   EXPECT_EQ(Integer("1.000.000"), "1|.000.000");
   EXPECT_EQ(IntegerOf("1.000"), 1);
