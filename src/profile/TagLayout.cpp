@@ -107,9 +107,10 @@ void Apply(std::span<const TagChange> changes, std::vector<Piece>& pieces) {
   }
 }
 
+// Room that the changes take at most, in the table and behind it.
 std::uint64_t LengthOf(std::span<const TagChange> changes) {
   std::uint64_t length = 0;
-  for (const TagChange& change : changes) length += PadTo4(change.element.size());
+  for (const TagChange& change : changes) length += kTableEntry + PadTo4(change.element.size());
   return length;
 }
 

@@ -148,6 +148,17 @@ TEST(TagChanges, StoreAnyElement) {
   }
 }
 
+TEST(TagChanges, StoreManyTagsInASmallProfile) {
+  Tags tags = {{Sig("cprt"), TextTag("x")}};
+  const Bytes clean = Image(tags);
+  Changes changes;
+  for (std::uint32_t i = 0; i < 600; ++i) {
+    changes.push_back(Stored(0x51580000u + i, {}));
+    tags.push_back({0x51580000u + i, {}});
+  }
+  EXPECT_TRUE(SameBytes(Changed(clean, changes), Image(tags)));
+}
+
 TEST(TagChanges, RefuseAProfileWithoutTags) {
   const Bytes image = Image({{Sig("QX53"), DataTag(Pattern(8, 1))}});
   EXPECT_TRUE(Changed(image, {Removed(Sig("QX53"))}).empty());
