@@ -81,30 +81,65 @@ std::vector<Piece> PiecesOf(const VKCLProfile& profile, const FileContent& sourc
   return pieces;
 }
 
-std::size_t IndexOf(const std::vector<Piece>& pieces, const TagChange& change) {
-  std::uint32_t seen = 0;
-  for (std::size_t i = 0; i < pieces.size(); ++i) {
-    if (pieces[i].signature == change.signature && ++seen == change.occurrence) return i;
-  }
-  return pieces.size();
-}
+// Where the entries of a profile's table are.
+class Entries {
+ public:
+  static constexpr std::size_t kNone = SIZE_MAX;
 
-void Apply(std::span<const TagChange> changes, std::vector<Piece>& pieces) {
-  std::vector<std::size_t> removed;
-  for (const TagChange& change : changes) {
-    const std::size_t index = IndexOf(pieces, change);
-    if (change.remove) {
-      removed.push_back(index);
-    } else if (index < pieces.size()) {
-      pieces[index] = {change.signature, change.element, true};
-    } else {
-      pieces.push_back({change.signature, change.element, true});
+  explicit Entries(const std::vector<Piece>& pieces) {
+    std::map<std::uint32_t, std::uint32_t> seen;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+      places_[{pieces[i].signature, ++seen[pieces[i].signature]}] = i;
     }
   }
-  std::sort(removed.begin(), removed.end(), std::greater<>());
-  for (const std::size_t index : removed) {
-    if (index < pieces.size()) pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(index));
+
+  // The entry that a change means; kNone when there is none.
+  std::size_t Find(const TagChange& change) const {
+    const auto found = places_.find({change.signature, change.occurrence});
+    return found == places_.end() ? kNone : found->second;
   }
+
+ private:
+  std::map<std::pair<std::uint32_t, std::uint32_t>, std::size_t> places_;
+};
+
+// Leaves each signature the places that it has, and gives them to its entries by occurrence.
+void OrderByOccurrence(std::vector<const TagChange*>& added) {
+  std::map<std::uint32_t, std::vector<const TagChange*>> left;
+  for (const TagChange* change : added) left[change->signature].push_back(change);
+  for (auto& [signature, changes] : left) {
+    std::sort(changes.begin(), changes.end(),
+              [](const TagChange* a, const TagChange* b) { return a->occurrence > b->occurrence; });
+  }
+  for (const TagChange*& change : added) {
+    std::vector<const TagChange*>& rest = left[change->signature];
+    change = rest.back();
+    rest.pop_back();
+  }
+}
+
+// The tags of a profile as the changes want them.
+std::vector<Piece> Changed(std::vector<Piece> pieces, const Entries& entries,
+                           std::span<const TagChange> changes) {
+  std::vector<bool> removed(pieces.size());
+  std::vector<const TagChange*> added;
+  for (const TagChange& change : changes) {
+    const std::size_t index = entries.Find(change);
+    if (index == Entries::kNone) {
+      if (!change.remove) added.push_back(&change);
+    } else if (change.remove) {
+      removed[index] = true;
+    } else {
+      pieces[index] = {change.signature, change.element, true};
+    }
+  }
+  std::vector<Piece> all;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    if (!removed[i]) all.push_back(pieces[i]);
+  }
+  OrderByOccurrence(added);
+  for (const TagChange* change : added) all.push_back({change->signature, change->element, true});
+  return all;
 }
 
 // Room that the changes take at most, in the table and behind it.
@@ -125,10 +160,12 @@ std::int32_t ColorModeIn(std::span<const char> element) {
 }
 
 // The colour mode that takes the place of another one; 0 when none does.
-std::int32_t NewColorMode(const std::vector<Piece>& pieces, std::span<const TagChange> changes) {
+std::int32_t NewColorMode(const std::vector<Piece>& pieces, const Entries& entries,
+                          std::span<const TagChange> changes) {
   for (const TagChange& change : changes) {
-    const std::size_t index = IndexOf(pieces, change);
-    if (change.signature != QX53 || change.remove || index == pieces.size()) continue;
+    if (change.signature != QX53 || change.remove) continue;
+    const std::size_t index = entries.Find(change);
+    if (index == Entries::kNone) continue;
     const std::int32_t mode = ColorModeIn(change.element);
     if (mode != ColorModeIn(pieces[index].bytes)) return mode;
   }
@@ -181,11 +218,12 @@ bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, B
   return Guarded([&] {
     const FileContent source = ReadWholeFile(profile.filePath);
     if (!source.bytes) return false;
-    std::vector<Piece> pieces = PiecesOf(profile, source);
+    const std::vector<Piece> before = PiecesOf(profile, source);
+    const Entries entries(before);
     VKCLProfile changed(profile);
     changed.filePath = AFilePath();  // the file is not this object's to remove
-    changed.UpdateHeaderColorSpace(NewColorMode(pieces, changes));
-    Apply(changes, pieces);
+    changed.UpdateHeaderColorSpace(NewColorMode(before, entries, changes));
+    const std::vector<Piece> pieces = Changed(before, entries, changes);
     const bool isWhole =
         std::all_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.isWhole; });
     if (!isWhole || pieces.empty()) return false;

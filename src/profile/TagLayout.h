@@ -35,8 +35,9 @@ VKCL_API bool TagDataSuitAppending(const VKCLProfile& profile);
 VKCL_API bool ArrangeTagData(const VKCLProfile& profile, const AFilePath& to);
 /// The same into an open, empty file, which may be left half written on failure.
 VKCL_API bool WriteArranged(const VKCLProfile& profile, AFile& to);
-/// The same with private tags changed on the way: an entry that there is keeps its place in the
-/// table, others are put behind it in the order of `changes`. The header stays as it is, but where
+/// The same with private tags changed on the way. `changes` name entries of the profile, each once:
+/// one that there is keeps its place in the table, others are put behind it in the order of
+/// `changes`, but those of one signature by their occurrence. The header stays as it is, but where
 /// other colour parameters take the place of stored ones it follows their colour mode
 /// (VKCLProfile::UpdateHeaderColorSpace). Tags that share their data, and are not changed, go on
 /// sharing them. Only a tag that is changed may be damaged. False, too, when no tag is left.

@@ -112,6 +112,58 @@ TEST(TagChanges, PutLaterEntriesOfASignatureBehind) {
       Image(tags)));
 }
 
+TEST(TagChanges, StoreEveryEntryInWhateverOrderTheyStand) {
+  // As a program sorts their names: "QX53", "QX53#10", "QX53#11", "QX53#2" and so on.
+  std::vector<std::string> names = {"1"};
+  for (std::uint32_t i = 2; i <= 25; ++i) names.push_back(std::to_string(i));
+  std::sort(names.begin(), names.end());
+  Changes changes;
+  for (const std::string& name : names) {
+    const auto number = static_cast<std::uint32_t>(std::stoul(name));
+    changes.push_back(Stored(Sig("QX53"), Pattern(number, number), number));
+  }
+  Tags tags = {{Sig("cprt"), TextTag("x")}};
+  const Bytes clean = Image(tags);
+  for (std::uint32_t i = 1; i <= 25; ++i) tags.push_back({Sig("QX53"), Pattern(i, i)});
+  EXPECT_TRUE(SameBytes(Changed(clean, changes), Image(tags)));
+  std::reverse(changes.begin(), changes.end());
+  EXPECT_TRUE(SameBytes(Changed(clean, changes), Image(tags)));
+  // Some are there already, and keep their places.
+  EXPECT_TRUE(SameBytes(Changed(Image({{Sig("cprt"), TextTag("x")},
+                                       {Sig("QX53"), {1}},
+                                       {Sig("QX53"), DataTag(Pattern(90, 1))}}),
+                                changes),
+                        Image(tags)));
+}
+
+TEST(TagChanges, StoreALaterEntryWithoutThoseBeforeIt) {
+  const Tags clean = {{Sig("cprt"), TextTag("x")}};
+  EXPECT_TRUE(SameBytes(
+      Changed(Image(clean),
+              {Stored(Sig("QX53"), {2}, 2), Stored(Sig("QX74"), {3}), Stored(Sig("QX53"), {1})}),
+      Image({clean[0], {Sig("QX53"), {1}}, {Sig("QX74"), {3}}, {Sig("QX53"), {2}}})));
+  EXPECT_TRUE(SameBytes(Changed(Image(clean), {Stored(Sig("QX53"), {7}, 7)}),
+                        Image({clean[0], {Sig("QX53"), {7}}})));
+}
+
+TEST(TagChanges, StoreThousandsOfTags) {
+  Tags tags = {{Sig("cprt"), TextTag("x")}};
+  const Bytes clean = Image(tags);
+  Changes changes;
+  Changes removals;
+  std::map<std::uint32_t, std::uint32_t> seen;
+  for (std::uint32_t i = 0; i < 60000; ++i) {
+    const std::uint32_t signature = 0x51580000u + i * 7 % 5000;
+    const Bytes element(i % 5, static_cast<unsigned char>(i));
+    changes.push_back(Stored(signature, element, ++seen[signature]));
+    removals.push_back(Removed(signature, seen[signature]));
+    tags.push_back({signature, element});
+  }
+  const Bytes with = Changed(clean, changes);
+  EXPECT_TRUE(with == Image(tags));
+  EXPECT_TRUE(SameBytes(Changed(with, removals), clean));
+}
+
 TEST(TagChanges, RemoveEntries) {
   Tags tags = SomeTags();
   tags.erase(tags.begin() + 3);
