@@ -163,7 +163,8 @@ std::int32_t ColorModeIn(std::span<const char> element) {
 std::int32_t NewColorMode(const std::vector<Piece>& pieces, const Entries& entries,
                           std::span<const TagChange> changes) {
   for (const TagChange& change : changes) {
-    if (change.signature != QX53 || change.remove) continue;
+    // Readers take the first entry.
+    if (change.signature != QX53 || change.occurrence != 1 || change.remove) continue;
     const std::size_t index = entries.Find(change);
     if (index == Entries::kNone) continue;
     const std::int32_t mode = ColorModeIn(change.element);

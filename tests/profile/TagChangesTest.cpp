@@ -295,6 +295,9 @@ TEST(TagChanges, TheColourSpaceStaysWhereNoOtherParametersAreStored) {
   EXPECT_EQ(SpaceOf(Changed(image, {Removed(Sig("QX53"))})), "CMYK");
   EXPECT_EQ(SpaceOf(Changed(image, {Stored(Sig("QX53"), ColorParam(512), 2)})), "CMYK")
       << "readers take the first entry";
+  Tags twice = tags;
+  twice.push_back({Sig("QX53"), ColorParam(16)});
+  EXPECT_EQ(SpaceOf(Changed(Image(twice), {Stored(Sig("QX53"), ColorParam(512), 2)})), "CMYK");
   // Into a profile without them.
   const Bytes clean = Image({{Sig("cprt"), TextTag("x")}});
   EXPECT_EQ(SpaceOf(Changed(clean, {Stored(Sig("QX53"), ColorParam(16))})), "CMYK");
