@@ -262,10 +262,9 @@ class RecordValue::Assembly {
     for (const FieldSchema& field : fields_) {
       const FieldValue* blocks = record_.Find(field.name);
       if (field.shape != FieldShape::Blocks || blocks == nullptr) continue;
-      const bool same =
-          value.bytes.size() == 4 * blocks->lengths.size() &&
-          std::memcmp(value.bytes.data(), blocks->lengths.data(), value.bytes.size()) == 0;
-      if (!same) {
+      const auto* first = reinterpret_cast<const char*>(blocks->lengths.data());
+      const char* last = first + sizeof(std::int32_t) * blocks->lengths.size();
+      if (!std::equal(value.bytes.begin(), value.bytes.end(), first, last)) {
         return Quoted(lengths.name) + " are not the lengths of " + Quoted(field.name);
       }
     }

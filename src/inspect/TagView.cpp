@@ -13,10 +13,11 @@
 namespace vkcl {
 namespace {
 
+// 0 where the bytes could not be read.
 template <class Number>
 Number Load(std::string_view bytes) {
   Number number{};
-  std::memcpy(&number, bytes.data(), std::min(sizeof number, bytes.size()));
+  if (bytes.size() == sizeof number) std::memcpy(&number, bytes.data(), sizeof number);
   return number;
 }
 
