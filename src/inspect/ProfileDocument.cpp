@@ -64,11 +64,13 @@ bool ShowTag(const StoredTag& stored, AFile& file, DocumentWriter& writer) {
 bool Write(const VKCLProfile& profile, const std::vector<std::string>& only, DocumentWriter& writer,
            const SinkBuffer& out, std::string& why) {
   AFile file;
-  if (profile.tagTable == nullptr || !file.open(profile.filePath, AFile::Read)) {
+  bool good = profile.tagTable != nullptr && file.open(profile.filePath, AFile::Read);
+  std::vector<StoredTag> tags;
+  if (good) tags = StoredTagsOf(profile, file, &good);
+  if (!good) {
     why = "the profile cannot be read";
     return false;
   }
-  const std::vector<StoredTag> tags = StoredTagsOf(profile, file);
   Selection selection(only);
   std::vector<const StoredTag*> shown;
   for (const StoredTag& tag : tags) {

@@ -15,11 +15,16 @@ namespace {
 
 constexpr std::string_view kHexPrefix = "0x";
 
-bool HasDataHead(AFile& file, const StoredTag& tag) {
+// `readable` becomes false when the file does not give bytes that it holds.
+bool HasDataHead(AFile& file, const StoredTag& tag, bool& readable) {
   constexpr char kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
   char head[kDataHead];
-  return tag.size >= sizeof head && tag.held == tag.size && file.seek(tag.offset) &&
-         file.read(head, sizeof head) == sizeof head && std::memcmp(head, kHead, sizeof head) == 0;
+  if (tag.size < sizeof head || tag.held != tag.size) return false;
+  if (!file.seek(tag.offset) || file.read(head, sizeof head) != sizeof head) {
+    readable = false;
+    return false;
+  }
+  return std::memcmp(head, kHead, sizeof head) == 0;
 }
 
 bool IsPlain(std::uint32_t signature) {
@@ -32,8 +37,10 @@ bool IsPlain(std::uint32_t signature) {
 
 }  // namespace
 
-std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file) {
-  const auto length = static_cast<std::uint64_t>(std::max<std::int64_t>(file.length(), 0));
+std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file, bool* good) {
+  const std::int64_t told = file.length();
+  const auto length = static_cast<std::uint64_t>(std::max<std::int64_t>(told, 0));
+  bool readable = told >= 0;
   std::unordered_map<std::uint32_t, std::uint32_t> seen;
   std::vector<StoredTag> tags;
   const std::uint32_t count = profile.tagTable != nullptr ? profile.tagCount : 0;
@@ -46,9 +53,10 @@ std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file) {
     tag.size = entry.size;
     tag.held =
         entry.offset >= length ? 0 : std::min<std::uint64_t>(entry.size, length - entry.offset);
-    tag.isData = HasDataHead(file, tag);
+    tag.isData = HasDataHead(file, tag, readable);
     tags.push_back(tag);
   }
+  if (good != nullptr) *good = readable;
   return tags;
 }
 

@@ -30,8 +30,10 @@ struct VKCL_API StoredTag {
   ///@}
 };
 
-/// In table order. `file` is the profile's, open for reading.
-VKCL_API std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file);
+/// In table order. `file` is the profile's, open for reading. `good`, when given, tells whether it
+/// could be read; if not, tags may look damaged that are not.
+VKCL_API std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file,
+                                             bool* good = nullptr);
 
 /// The name under which a document has the tag: its signature, with "#2" and so on behind it for
 /// later entries of the same one; signatures that are no text as "0x" and eight digits.
