@@ -1,7 +1,8 @@
 #include <algorithm>
+#include <istream>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <unordered_set>
+#include <set>
 
 #include "inspect/DocumentForms.h"
 #include "inspect/PrintableText.h"
@@ -416,7 +417,7 @@ class TagsNode : public Node {
  private:
   Document& document_;
   std::string key_;
-  std::unordered_set<std::uint64_t> seen_;
+  std::set<std::uint64_t> seen_;
 };
 
 class RootNode : public Node {
@@ -465,7 +466,7 @@ class RootNode : public Node {
  private:
   Document& document_;
   std::string key_;
-  std::unordered_set<std::string> seen_;
+  std::set<std::string> seen_;
 };
 
 // The outermost value must be an object.
@@ -514,8 +515,14 @@ class Handler : public nlohmann::json_sax<nlohmann::json> {
   bool end_object() override { return Pop(); }
   bool end_array() override { return Pop(); }
   bool key(string_t& name) override { return Settle(nodes_.back()->OnKey(name)); }
-  bool parse_error(std::size_t position, const std::string& /*token*/,
-                   const nlohmann::json::exception& /*error*/) override {
+  bool parse_error(std::size_t position, const std::string& token,
+                   const nlohmann::json::exception& error) override {
+    // JSON, but for a number beyond those of the machine, which no field takes.
+    constexpr int kOutOfRange = 406;
+    if (error.id == kOutOfRange) {
+      if (Take({Scalar::Kind::Number, token})) Settle("holds a number that is too large");
+      return false;
+    }
     why_ = "it is no JSON: byte " + std::to_string(position) +
            " does not belong where it stands, or the text ends there";
     return false;
@@ -556,15 +563,20 @@ class Handler : public nlohmann::json_sax<nlohmann::json> {
 
 bool ReadDocument(std::istream& from, Document& document, std::string& why) noexcept {
   document = {};
-  const char* failure = "";
+  const char* failure = "it cannot be read";
   try {
     why.clear();
-    Handler handler(document);
-    if (nlohmann::json::sax_parse(from, &handler)) return true;
-    why = handler.why();
+    if (from) {
+      // One that throws nothing: the parser sets its state where no exception may pass.
+      std::istream text(from.rdbuf());
+      Handler handler(document);
+      if (nlohmann::json::sax_parse(text, &handler)) return true;
+      why = handler.why();
+      failure = "";
+    }
   } catch (const std::bad_alloc&) {
     failure = "memory is short";
-  } catch (const std::exception&) {  // of the stream
+  } catch (...) {  // of the stream
     failure = "it cannot be read";
   }
   document = {};
