@@ -69,6 +69,7 @@ class TextDocument : public DocumentWriter {
  private:
   void Record(const RecordView& record, std::size_t indent);
   void Field(const FieldView& field, std::size_t indent);
+  void List(const FieldView& field, std::size_t indent, const std::string& unit);
   void Rows(const FieldView& field, std::size_t indent);
   template <class Fetch>
   void Dump(std::uint64_t length, std::size_t indent, const Fetch& fetch);

@@ -278,10 +278,14 @@ std::string_view FieldView::Bytes(std::uint64_t from, std::size_t length) const 
 
 std::uint64_t FieldView::UsedCount() const {
   if (schema_->amount.kind != Amount::Kind::Constant || count_ == 0) return count_;
+  // From the front: that is how a source reads ahead.
+  std::uint64_t end = 0;
+  for (std::uint64_t from = 0; from < length_; from += ByteSource::kWindow) {
+    const std::size_t last = Bytes(from, ByteSource::kWindow).find_last_not_of('\0');
+    if (last != std::string_view::npos) end = from + last + 1;
+  }
   const std::uint64_t each = length_ / count_;
-  std::uint64_t used = count_;
-  while (used > 0 && IsZero(Bytes((used - 1) * each, static_cast<std::size_t>(each)))) --used;
-  return used;
+  return each == 0 ? 0 : (end + each - 1) / each;
 }
 
 RecordView FieldView::Record(std::uint64_t index) const {

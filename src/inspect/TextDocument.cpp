@@ -12,17 +12,12 @@ constexpr std::size_t kLabelWidth = 20;
 /// Of longer blocks only the start is shown.
 constexpr std::uint64_t kShownBytes = 256;
 
-// "95.5, 100 x 15": runs of equal numbers are folded.
-std::string FoldedList(const FieldView& field) {
-  std::string list;
-  for (std::uint64_t i = 0; i < field.count();) {
-    const std::string number = field.NumberText(i);
-    const std::uint64_t first = i;
-    while (i < field.count() && field.NumberText(i) == number) ++i;
-    list += (list.empty() ? "" : ", ") + number;
-    if (i - first > 1) list += " x " + std::to_string(i - first);
-  }
-  return list;
+// The start of a line, up to where its text stands.
+std::string Labelled(std::size_t indent, std::string_view label) {
+  std::string line(indent, ' ');
+  line += label;
+  line.resize(std::max(line.size() + 1, kLabelWidth + 2), ' ');
+  return line;
 }
 
 }  // namespace
@@ -48,13 +43,11 @@ void TextDocument::Record(const RecordView& record, std::size_t indent) {
 }
 
 void TextDocument::Line(std::size_t indent, std::string_view label, std::string_view text) {
-  std::string line(indent, ' ');
-  line += label;
-  if (!text.empty()) {
-    line.resize(std::max(line.size() + 1, kLabelWidth + 2), ' ');
-    line += text;
+  if (text.empty()) {
+    out_.Put(std::string(indent, ' ') + std::string(label) + "\n");
+  } else {
+    out_.Put(Labelled(indent, label) + std::string(text) + "\n");
   }
-  out_.Put(line + "\n");
 }
 
 void TextDocument::Field(const FieldView& field, std::size_t indent) {
@@ -90,15 +83,29 @@ void TextDocument::Field(const FieldView& field, std::size_t indent) {
                 [&](std::uint64_t from, std::size_t length) { return field.Bytes(from, length); });
   }
   if (schema.shape == FieldShape::Rows) return Rows(field, indent);
-  if (schema.shape == FieldShape::List) {
-    const std::string list = FoldedList(field);
-    return Line(indent, schema.name, list.empty() ? "none" : list + unit);
-  }
+  if (schema.shape == FieldShape::List) return List(field, indent, unit);
   if (schema.type == FieldType::Signature && IsSignatureText(field.Integer())) {
     const auto signature = static_cast<std::uint32_t>(field.Integer());
     return Line(indent, schema.name, "'" + SignatureText(signature) + "'");
   }
   Line(indent, schema.name, field.NumberText() + unit);
+}
+
+// "95.5, 100 x 15": runs of equal numbers are folded.
+void TextDocument::List(const FieldView& field, std::size_t indent, const std::string& unit) {
+  if (field.count() == 0) return Line(indent, field.schema().name, "none");
+  out_.Put(Labelled(indent, field.schema().name));
+  std::string number = field.NumberText(0);
+  for (std::uint64_t i = 0; i < field.count();) {
+    const std::uint64_t first = i;
+    std::string next;
+    while (++i < field.count() && (next = field.NumberText(i)) == number) {
+    }
+    out_.Put((first > 0 ? ", " : "") + number);
+    if (i - first > 1) out_.Put(" x " + std::to_string(i - first));
+    number = std::move(next);
+  }
+  out_.Put(unit + "\n");
 }
 
 void TextDocument::Rows(const FieldView& field, std::size_t indent) {
