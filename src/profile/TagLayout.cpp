@@ -238,7 +238,7 @@ bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, B
       const auto size = static_cast<std::uint32_t>(piece.bytes.size());
       const auto at = static_cast<std::uint32_t>(position);
       const auto [first, isNew] = placed.try_emplace({piece.bytes.data(), size}, at);
-      if (!isNew && blocks == Blocks::Shared) {
+      if (!isNew && blocks == Blocks::Shared && size > 0) {
         table.push_back({static_cast<icTagSignature>(piece.signature), first->second, size});
         continue;
       }

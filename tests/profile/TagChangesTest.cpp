@@ -18,6 +18,7 @@ using vkcl::testing::Fault;
 using vkcl::testing::FaultAt;
 using vkcl::testing::ImageEntry;
 using vkcl::testing::ImageTag;
+using vkcl::testing::Join;
 using vkcl::testing::OpenHandles;
 using vkcl::testing::Pattern;
 using vkcl::testing::Payload;
@@ -226,9 +227,30 @@ TEST(TagChanges, KeepTheBytesOfOtherTagsWhateverTheLayout) {
   const Bytes shared = Slice(body, 301 - 168, 13);
   EXPECT_TRUE(
       SameBytes(Changed(image, {Stored(Sig("QX53"), {1, 2, 3})}),
-                Image({{Sig("aaaa"), shared}, {Sig("QX53"), {1, 2, 3}}, {Sig("bbbb"), shared}})));
+                RawImage(ProfileHeader(),
+                         {{Sig("aaaa"), 168, 13}, {Sig("QX53"), 184, 3}, {Sig("bbbb"), 168, 13}},
+                         Join({shared, Bytes(3, 0), {1, 2, 3, 0}}))));
   EXPECT_TRUE(SameBytes(Changed(image, {Removed(Sig("QX53"))}),
-                        Image({{Sig("aaaa"), shared}, {Sig("bbbb"), shared}})));
+                        RawImage(ProfileHeader(), {{Sig("aaaa"), 156, 13}, {Sig("bbbb"), 156, 13}},
+                                 Join({shared, Bytes(3, 0)}))));
+}
+
+TEST(TagChanges, KeepSharedDataSharedUnlessTheyAreChanged) {
+  const Bytes image = RawImage(
+      ProfileHeader(), {{Sig("aaaa"), 168, 8}, {Sig("QX53"), 168, 8}, {Sig("bbbb"), 168, 8}},
+      Pattern(8, 5));
+  EXPECT_TRUE(SameBytes(Changed(image, {Stored(Sig("QX54"), {7})}),
+                        RawImage(ProfileHeader(),
+                                 {{Sig("aaaa"), 180, 8},
+                                  {Sig("QX53"), 180, 8},
+                                  {Sig("bbbb"), 180, 8},
+                                  {Sig("QX54"), 188, 1}},
+                                 Join({Pattern(8, 5), {7, 0, 0, 0}}))));
+  EXPECT_TRUE(
+      SameBytes(Changed(image, {Stored(Sig("QX53"), {7})}),
+                RawImage(ProfileHeader(),
+                         {{Sig("aaaa"), 168, 8}, {Sig("QX53"), 176, 1}, {Sig("bbbb"), 168, 8}},
+                         Join({Pattern(8, 5), {7, 0, 0, 0}}))));
 }
 
 TEST(TagChanges, TakeThePlaceOfDamagedTagsOnly) {
