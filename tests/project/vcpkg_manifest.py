@@ -14,7 +14,7 @@ import sys
 # CMake's or pkg-config's name of a package, and vcpkg's.
 PORTS = {"lcms2": "lcms", "pugixml": "pugixml", "CLI11": "cli11", "fmt": "fmt",
          "nlohmann_json": "nlohmann-json", "GTest": "gtest"}
-TOOLS = {"PkgConfig", "Python3"}  # programs of the build machine
+TOOLS = {"PkgConfig", "Python3", "Threads"}  # of the build machine and its system
 
 PARTS = {None: "cmake/Dependencies.cmake", "tool": "tools/CMakeLists.txt",
          "tests": "tests/CMakeLists.txt"}
