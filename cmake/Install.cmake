@@ -70,8 +70,12 @@ if(VKCL_BUILD_TOOL)
     set(vkcl_tool_share "${PROJECT_BINARY_DIR}/tools/share")
     install(DIRECTORY "${vkcl_tool_share}/man/man1" DESTINATION ${CMAKE_INSTALL_MANDIR}
             COMPONENT tool)
-    install(DIRECTORY "${vkcl_tool_share}/bash-completion" "${vkcl_tool_share}/zsh"
-                      "${vkcl_tool_share}/fish"
+    install(DIRECTORY "${vkcl_tool_share}/bash-completion" "${vkcl_tool_share}/fish"
             DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tool)
+    # Distributions have a folder of their own beside the one that is zsh's default.
+    set(VKCL_ZSH_DIR "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
+        "Where zsh's completion is installed")
+    install(FILES "${vkcl_tool_share}/zsh/site-functions/_vkcl" DESTINATION "${VKCL_ZSH_DIR}"
+            COMPONENT tool)
   endif()
 endif()
