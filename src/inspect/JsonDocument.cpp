@@ -103,14 +103,17 @@ void JsonDocument::Field(const FieldView& field) {
         json_.CloseArray();
       }
       break;
-    case FieldShape::Blocks:
+    case FieldShape::Blocks: {
       json_.OpenArray(Style::Lines);
-      for (const FieldView::Extent& block : field.Blocks()) {
+      FieldView::Extent block = {};
+      for (std::uint64_t i = 0; i < field.count(); ++i) {
+        block = field.Block(i, block);
         Base64(block.length, [&](std::uint64_t from, std::size_t length) {
           return field.Bytes(block.from + from, length);
         });
       }
       break;
+    }
   }
   json_.CloseArray();
 }

@@ -124,10 +124,12 @@ bool CompareLists(const std::string& place, const FieldView& before, const Field
     }
     return true;
   }
-  const auto mine = before.Blocks();
-  const auto other = after.Blocks();
-  for (std::size_t i = 0; i < common; ++i) {
-    if (!CompareBytesOf(Indexed(place, i), before, mine[i], after, other[i], sink)) return false;
+  FieldView::Extent mine = {};
+  FieldView::Extent other = {};
+  for (std::uint64_t i = 0; i < common; ++i) {
+    mine = before.Block(i, mine);
+    other = after.Block(i, other);
+    if (!CompareBytesOf(Indexed(place, i), before, mine, after, other, sink)) return false;
   }
   return true;
 }

@@ -149,10 +149,10 @@ class RecordView::Layout {
   bool MeasureBlocks(FieldView& view) {
     const FieldView& lengths = *record_->Find(view.schema_->amount.field);
     view.count_ = lengths.count();
+    view.lengthsAt_ = lengths.offset();
     for (std::uint64_t i = 0; i < view.count_; ++i) {
       const std::int64_t length = lengths.Integer(i);
       if (length < 0) return Negative(lengths.schema().name, length);
-      view.blockLengths_.push_back(static_cast<std::uint64_t>(length));
       view.length_ += static_cast<std::uint64_t>(length);
     }
     return true;
@@ -296,14 +296,16 @@ RecordView FieldView::Record(std::uint64_t index) const {
   return record;
 }
 
-std::vector<FieldView::Extent> FieldView::Blocks() const {
-  std::vector<Extent> blocks;
-  std::uint64_t from = 0;
-  for (const std::uint64_t length : blockLengths_) {
-    blocks.push_back({from, length});
-    from += length;
+FieldView::Extent FieldView::Block(std::uint64_t index, const Extent& before) const {
+  if (index < firstLength_ || index >= firstLength_ + lengths_.size()) {
+    const std::string_view bytes = source_->At(lengthsAt_ + 4 * index, ByteSource::kWindow);
+    lengths_.resize(std::max<std::size_t>(bytes.size() / 4, 1));
+    if (!bytes.empty()) std::memcpy(lengths_.data(), bytes.data(), bytes.size() / 4 * 4);
+    firstLength_ = index;
   }
-  return blocks;
+  const std::int32_t length = lengths_[static_cast<std::size_t>(index - firstLength_)];
+  return {index == 0 ? 0 : before.from + before.length,
+          static_cast<std::uint64_t>(std::max(length, 0))};
 }
 
 }  // namespace vkcl

@@ -89,8 +89,9 @@ class VKCL_API FieldView {
     std::uint64_t from;    ///< place within the field
     std::uint64_t length;  ///< length in bytes
   };
-  /// The blocks of a field that has the shape of blocks, in their order.
-  std::vector<Extent> Blocks() const;
+  /// Block `index` of a field that has the shape of blocks; `before` is the one before it, and
+  /// anything for the first.
+  Extent Block(std::uint64_t index, const Extent& before) const;
 
  private:
   friend class RecordView;
@@ -103,7 +104,10 @@ class VKCL_API FieldView {
   std::uint64_t columns_ = 1;
   std::span<const FieldSchema> recordFields_;
   std::uint64_t recordLength_ = 0;
-  std::vector<std::uint64_t> blockLengths_;
+  std::uint64_t lengthsAt_ = 0;  // place of the lengths of blocks
+  // Some of them, so that lengths and blocks are not fetched in turn.
+  mutable std::vector<std::int32_t> lengths_;
+  mutable std::uint64_t firstLength_ = 0;
 };
 
 /// A record: a whole payload, or one of a list.

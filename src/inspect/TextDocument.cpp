@@ -64,9 +64,10 @@ void TextDocument::Field(const FieldView& field, std::size_t indent) {
     return Line(indent, schema.name, "\"" + PrintableText(field.TextBytes()) + "\"");
   }
   if (schema.shape == FieldShape::Blocks) {
-    std::size_t i = 0;
-    for (const FieldView::Extent& block : field.Blocks()) {
-      Line(indent, std::string(schema.name) + "[" + std::to_string(i++) + "]",
+    FieldView::Extent block = {};
+    for (std::uint64_t i = 0; i < field.count(); ++i) {
+      block = field.Block(i, block);
+      Line(indent, std::string(schema.name) + "[" + std::to_string(i) + "]",
            std::to_string(block.length) + " bytes");
       Dump(block.length, indent + 2, [&](std::uint64_t from, std::size_t length) {
         return field.Bytes(block.from + from, length);

@@ -302,13 +302,15 @@ TEST(FieldView, GivesRecordsOneBehindTheOther) {
 
 TEST(FieldView, GivesTheBlocksThatAnotherFieldLists) {
   const Viewed view("QX69", SamplePayload("QX69"));
-  const auto blocks = view["links"].Blocks();
-  ASSERT_EQ(blocks.size(), 2u);
-  EXPECT_EQ(blocks[0].from, 0u);
-  EXPECT_EQ(blocks[0].length, 3u);
-  EXPECT_EQ(blocks[1].from, 3u);
-  EXPECT_EQ(blocks[1].length, 2u);
-  EXPECT_EQ(view["links"].Bytes(blocks[1].from, blocks[1].length), "de");
+  const auto& links = view["links"];
+  ASSERT_EQ(links.count(), 2u);
+  const auto first = links.Block(0, {});
+  EXPECT_EQ(first.from, 0u);
+  EXPECT_EQ(first.length, 3u);
+  const auto second = links.Block(1, first);
+  EXPECT_EQ(second.from, 3u);
+  EXPECT_EQ(second.length, 2u);
+  EXPECT_EQ(links.Bytes(second.from, static_cast<std::size_t>(second.length)), "de");
 }
 
 TEST(RecordView, FindsFieldsByName) {

@@ -60,10 +60,11 @@ void WriteNumbers(HtmlWriter& out, const FieldView& field) {
 }
 
 void WriteBlocks(HtmlWriter& out, const FieldView& field) {
-  const std::vector<FieldView::Extent> blocks = field.Blocks();
-  out << ShownCount(blocks.size());
-  for (std::size_t i = 0; i < std::min<std::size_t>(blocks.size(), kMostValues); ++i) {
-    out << (i == 0 ? ": " : ", ") << ShownBytes(blocks[i].length);
+  out << ShownCount(field.count());
+  FieldView::Extent block = {};
+  for (std::uint64_t i = 0; i < std::min<std::uint64_t>(field.count(), kMostValues); ++i) {
+    block = field.Block(i, block);
+    out << (i == 0 ? ": " : ", ") << ShownBytes(block.length);
   }
 }
 
