@@ -8,11 +8,18 @@
 namespace vkcl {
 namespace {
 
+// Marks that turn the direction of the text around them, so that it reads as another one.
+constexpr std::string_view kTurns[] = {
+    "\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C",
+    "\u202D", "\u202E", "\u2066", "\u2067", "\u2068", "\u2069",
+};
+
 // C1 controls (U+0080 to U+009F) drive terminals, too.
 bool IsControl(std::string_view character) {
   const auto lead = static_cast<unsigned char>(character[0]);
   if (character.size() == 1) return lead < 0x20 || lead == 0x7F;
-  return lead == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+  if (lead == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0) return true;
+  return std::find(std::begin(kTurns), std::end(kTurns), character) != std::end(kTurns);
 }
 
 }  // namespace

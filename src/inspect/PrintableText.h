@@ -8,7 +8,8 @@
 
 namespace vkcl {
 
-/// Control characters, quotes, backslashes, and bytes that are no UTF-8 are escaped.
+/// Control characters, marks that turn the direction of text, quotes, backslashes, and bytes that
+/// are no UTF-8 are escaped.
 VKCL_API std::string PrintableText(std::string_view bytes);
 
 }  // namespace vkcl
