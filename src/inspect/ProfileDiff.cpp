@@ -87,7 +87,10 @@ class Side {
   explicit Side(const VKCLProfile& profile) {
     if (profile.isValidICC() == 0 || !file_.open(profile.filePath, AFile::Read)) return;
     good_ = file_.read(header_.data(), header_.size()) == header_.size();
-    for (StoredTag& tag : StoredTagsOf(profile, file_)) {
+    bool isRead = false;
+    const std::vector<StoredTag> tags = StoredTagsOf(profile, file_, &isRead);
+    good_ = good_ && isRead;
+    for (const StoredTag& tag : tags) {
       const std::string name = StoredTagName(tag.signature, tag.occurrence);
       private_.emplace(name, tag);
     }
