@@ -98,11 +98,11 @@ Outcome Check(const FilesOptions& files, bool json) {
 }
 
 Result Compact(const std::string& input, const std::string& output) {
-  const std::string why = WhyInvalid(input, 0);
+  const std::string why = WhyInvalid(input, kAnyChannels);
   if (!why.empty()) return Refused(why);
   const AFilePath to(output);
   if (to.exists()) return Refused(fmt::format("{} exists", Printable(output)));
-  const OpenedProfile profile(input, 0);
+  const OpenedProfile profile(input, kAnyChannels);
   if (!ArrangeTagData(profile, to)) {
     return Refused(
         fmt::format("{} could not be written: a tag reaches beyond the end of the file, "

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 
 #include "Opened.h"
@@ -63,6 +64,19 @@ std::string WhyNotInPlace(const VKCLProfile& profile, const TagChange& change) {
                                                         : "the tag data do not lie in table order";
 }
 
+// The colour space of the header follows another colour mode, as in a copy.
+void FollowColorMode(VKCLProfile& profile, const TagChange& change) {
+  if (change.signature != QX53 || change.element.size() != kDataHead + sizeof(VKColorParam)) return;
+  VKColorParam stored;
+  VKColorParam given;
+  unsigned long size = 0;
+  profile.ReadVKPrivateTag(QX53, &stored, sizeof stored, &size);
+  std::memcpy(static_cast<void*>(&given), change.element.data() + kDataHead, sizeof given);
+  if (size == sizeof stored && stored.ColorMode != given.ColorMode) {
+    profile.UpdateHeaderColorSpace(given.ColorMode);
+  }
+}
+
 Result StoreInPlace(VKCLProfileHandler& handler, const Document& document) {
   VKCLProfile& profile = *handler.GetProfilePtr();
   for (const TagChange& change : document.tags) {
@@ -74,6 +88,7 @@ Result StoreInPlace(VKCLProfileHandler& handler, const Document& document) {
   }
   std::string stored;
   for (const TagChange& change : document.tags) {
+    FollowColorMode(profile, change);
     if (profile.WriteVKPrivateTag(
             static_cast<VKPrivateTagSignature>(change.signature), change.element.data() + kDataHead,
             static_cast<unsigned long>(change.element.size() - kDataHead)) == 0) {

@@ -171,14 +171,14 @@ Result Merge(const std::string& source, const std::string& target, const ChangeO
 }
 
 Result Strip(const std::string& input, const std::string& output, bool force) {
-  const std::string why = WhyInvalid(input, 0);
+  const std::string why = WhyInvalid(input, kAnyChannels);
   if (!why.empty()) return Refused(why);
   const AFilePath to(output);
   if (to.isSameFile(AFilePath(input))) return Refused("a profile is not stripped onto itself");
   if (to.exists() && !force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
   }
-  OpenedProfile profile(input, 0);
+  OpenedProfile profile(input, kAnyChannels);
   const auto isPrivate = [](const icTag& tag) { return IsPrivateSignature(tag.sig); };
   const auto removed =
       std::count_if(profile.tagTable, profile.tagTable + profile.tagCount, isPrivate);
