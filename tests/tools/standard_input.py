@@ -13,11 +13,12 @@ import tempfile
 from run_golden import make_files
 
 READING = [["info"], ["info", "--json"], ["check"], ["check", "--json"], ["lists", "--values"],
-           ["target"], ["options"], ["split"]]
+           ["target"], ["options"], ["split"], ["dump"], ["dump", "--json"]]
 WRITING = [["set", "-", "Wizard.value=1"], ["lock", "-"], ["unlock", "-"], ["strip", "-", "out.icc"],
            ["strip", "own.icc", "-"], ["merge", "own.icc", "-"], ["embed", "-", "trc", "curves.txt"],
            ["split", "-", "--from-xml", "split.xml"], ["split", "own.icc", "--xml", "-"],
-           ["compact", "own.icc", "-"], ["vsd", "-"]]
+           ["compact", "own.icc", "-"], ["vsd", "-"], ["report", "-", "-o", "out.html"],
+           ["apply", "-", "document.json"], ["dump", "own.icc", "-o", "-"]]
 
 
 def main():
@@ -51,6 +52,17 @@ def main():
             assert code == 1 and b"nothing comes through" in text + error, (verb, text, error)
             code, text, error = run(*verb, "-", preexec_fn=lambda: os.close(0))
             assert code == 1 and b"cannot be read" in text + error, (verb, text, error)
+        own = (folder / "own.icc").read_bytes()
+        assert run("diff", "-", "own.icc", input=own) == (0, b"no differences\n", b"")
+        for words in ["-", "plain.icc"], ["plain.icc", "-"]:
+            same = ["own.icc" if word == "-" else word for word in words]
+            seen = run("diff", *words, input=own)
+            assert seen == run("diff", *same) and seen[0] == 1, (words, seen)
+        code, _, error = run("diff", "own.icc", "-", input=b"hello")
+        assert code == 1 and error.startswith(b"vkcl: -: the file is 5 bytes long"), error
+        document = run("dump", "--json", "own.icc")[1]
+        code, _, error = run("apply", "plain.icc", "-", "-o", "applied.icc", input=document)
+        assert code == 0 and run("dump", "--json", "applied.icc")[1] == document, error
         before = {path.name: path.stat().st_mtime_ns for path in folder.iterdir()}
         for words in WRITING:
             code, text, error = run(*words, input=(folder / "own.icc").read_bytes())

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Opened.h"
+#include "StandardInput.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "inspect/ProfileDiff.h"
@@ -97,8 +98,8 @@ class JsonPrinter : public Printer {
 };
 
 Result Compare(const DiffOptions& options, Printer& printer) {
-  const OpenedProfile before(options.before, kAnyChannels);
-  const OpenedProfile after(options.after, kAnyChannels);
+  const OpenedProfile before(InputPath(options.before), kAnyChannels);
+  const OpenedProfile after(InputPath(options.after), kAnyChannels);
   std::string why;
   const bool compared = CompareProfiles(
       before, after, [&](const Difference& difference) { return printer.Take(difference); }, why);
@@ -111,7 +112,7 @@ Result Compare(const DiffOptions& options, Printer& printer) {
 
 Result Diff(const DiffOptions& options) {
   for (const std::string& path : {options.before, options.after}) {
-    const std::string why = WhyInvalid(path, kAnyChannels);
+    const std::string why = WhyInvalid(InputPath(path), kAnyChannels);
     if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(path), why));
   }
   if (options.json) {

@@ -255,14 +255,12 @@ class Verbs {
   void AddDiff() {
     CLI::App* verb =
         Add("diff", "Say what two profiles differ in", "vkcl diff monday.icc tuesday.icc", [this] {
-          diff_.before = InputPath(file_);
-          diff_.after = InputPath(other_);
           const Result result = Diff(diff_);
           code_ = static_cast<int>(result.outcome);
           if (!result.message.empty()) Tell({}, result);
         });
-    verb->add_option("BEFORE", file_, "A profile")->type_name(kInput)->required();
-    verb->add_option("AFTER", other_, "Another one")->type_name(kInput)->required();
+    verb->add_option("BEFORE", diff_.before, "A profile")->type_name(kInput)->required();
+    verb->add_option("AFTER", diff_.after, "Another one")->type_name(kInput)->required();
     verb->add_flag("--json", diff_.json, "As a JSON array with an object for each difference");
     AddExitCodes(verb, "the profiles are the same", "they differ, or cannot be compared");
     verb->add_flag("--all", diff_.all, "Every difference, not only the first of each tag");
