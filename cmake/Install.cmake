@@ -21,7 +21,8 @@ endif()
 
 set(vkcl_internal_headers
     colornames/Colorants.h colornames/LazyDefinitions.h handler/TagReading.h
-    inspect/DocumentForms.h inspect/Examination.h inspect/JsonWriter.h inspect/RecordDiff.h
+    inspect/DocumentForms.h inspect/DocumentNode.h inspect/RecordNode.h
+    inspect/Examination.h inspect/JsonWriter.h inspect/RecordDiff.h
     inspect/RecordValue.h
     platform/Bytes.h platform/Guarded.h platform/OwnedText.h
     platform/axml/XmlText.h platform/plinth/Base64.h platform/plinth/FileRewrite.h platform/plinth/HexText.h

@@ -78,7 +78,4 @@ class TextDocument : public DocumentWriter {
   SinkBuffer& out_;
 };
 
-/// The text of a signature field: its four characters, or a number where they are none.
-bool IsSignatureText(std::int64_t signature);
-
 }  // namespace vkcl

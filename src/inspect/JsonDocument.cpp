@@ -16,14 +16,6 @@ bool IsJsonNumber(std::string_view text) {
 
 }  // namespace
 
-bool IsSignatureText(std::int64_t signature) {
-  for (int shift = 0; shift < 32; shift += 8) {
-    const std::int64_t c = signature >> shift & 0xFF;
-    if (c < ' ' || c > '~') return false;
-  }
-  return true;
-}
-
 void JsonDocument::Begin(const VKCLProfile& profile) {
   json_.OpenObject();
   json_.Key("format");
@@ -120,7 +112,8 @@ void JsonDocument::Field(const FieldView& field) {
 
 void JsonDocument::Value(const FieldView& field, std::uint64_t index) {
   const FieldType type = field.schema().type;
-  if (type == FieldType::Signature && IsSignatureText(field.Integer(index))) {
+  if (type == FieldType::Signature &&
+      IsPrintableSignature(static_cast<std::uint32_t>(field.Integer(index)))) {
     return json_.String(SignatureText(static_cast<std::uint32_t>(field.Integer(index))));
   }
   const std::string text = field.NumberText(index);

@@ -7,7 +7,6 @@
 #include <span>
 #include <vector>
 
-#include "inspect/DocumentForms.h"
 #include "inspect/RecordDiff.h"
 #include "inspect/StoredTags.h"
 #include "platform/Bytes.h"
@@ -68,7 +67,7 @@ std::string HeaderText(const HeaderField& field, const char* header) {
   switch (field.kind) {
     case HeaderKind::Number: return std::to_string(LoadBig32(bytes));
     case HeaderKind::Signature:
-      if (!IsSignatureText(LoadBig32(bytes))) return "0x" + HexText(bytes, field.length);
+      if (!IsPrintableSignature(LoadBig32(bytes))) return "0x" + HexText(bytes, field.length);
       return "'" + SignatureText(LoadBig32(bytes)) + "'";
     case HeaderKind::Date: return DateText(bytes);
     case HeaderKind::Bytes: break;
@@ -156,31 +155,25 @@ class Comparison {
 
  private:
   bool CompareHeaders() {
-    for (const HeaderField& field : kHeader) {
+    return std::all_of(std::begin(kHeader), std::end(kHeader), [&](const HeaderField& field) {
       const char* mine = before_.header() + field.offset;
       const char* other = after_.header() + field.offset;
-      if (std::equal(mine, mine + field.length, other)) continue;
-      if (!sink_({std::string("header.") + field.name, HeaderText(field, before_.header()),
-                  HeaderText(field, after_.header())})) {
-        return false;
-      }
-    }
-    return true;
+      return std::equal(mine, mine + field.length, other) ||
+             sink_({std::string("header.") + field.name, HeaderText(field, before_.header()),
+                    HeaderText(field, after_.header())});
+    });
   }
 
   bool CompareTags() {
-    for (const Entry& entry : before_.entries()) {
+    const auto compare = [&](const Entry& entry) {
       const Entry* other = after_.Find(entry.name);
-      if (other == nullptr ? !sink_({entry.name, Title(entry), ""}) : !CompareTag(entry, *other)) {
-        return false;
-      }
-    }
-    for (const Entry& entry : after_.entries()) {
-      if (before_.Find(entry.name) == nullptr && !sink_({entry.name, "", Title(entry)})) {
-        return false;
-      }
-    }
-    return true;
+      return other != nullptr ? CompareTag(entry, *other) : sink_({entry.name, Title(entry), ""});
+    };
+    const auto tellAdded = [&](const Entry& entry) {
+      return before_.Find(entry.name) != nullptr || sink_({entry.name, "", Title(entry)});
+    };
+    return std::all_of(before_.entries().begin(), before_.entries().end(), compare) &&
+           std::all_of(after_.entries().begin(), after_.entries().end(), tellAdded);
   }
 
   bool CompareTag(const Entry& mine, const Entry& other) {

@@ -159,19 +159,18 @@ bool CompareBytes(const std::string& place, ByteSource& before, ByteSource& afte
 
 bool CompareRecords(const std::string& place, const RecordView& before, const RecordView& after,
                     const DifferenceSink& sink) {
-  for (const FieldView& field : before.fields()) {
+  const auto compare = [&](const FieldView& field) {
     const std::string at = place + "." + field.schema().name;
     const FieldView* other = after.Find(field.schema().name);
-    const bool goesOn = other != nullptr ? CompareFields(at, field, *other, sink)
-                                         : sink({at, BytesText(field.length()), ""});
-    if (!goesOn) return false;
-  }
-  for (const FieldView& field : after.fields()) {
-    if (before.Find(field.schema().name) != nullptr) continue;
-    const std::string at = place + "." + field.schema().name;
-    if (!sink({at, "", BytesText(field.length())})) return false;
-  }
-  return true;
+    return other != nullptr ? CompareFields(at, field, *other, sink)
+                            : sink({at, BytesText(field.length()), ""});
+  };
+  const auto tellAdded = [&](const FieldView& field) {
+    return before.Find(field.schema().name) != nullptr ||
+           sink({place + "." + field.schema().name, "", BytesText(field.length())});
+  };
+  return std::all_of(before.fields().begin(), before.fields().end(), compare) &&
+         std::all_of(after.fields().begin(), after.fields().end(), tellAdded);
 }
 
 }  // namespace vkcl

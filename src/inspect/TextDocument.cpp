@@ -85,8 +85,8 @@ void TextDocument::Field(const FieldView& field, std::size_t indent) {
   }
   if (schema.shape == FieldShape::Rows) return Rows(field, indent);
   if (schema.shape == FieldShape::List) return List(field, indent, unit);
-  if (schema.type == FieldType::Signature && IsSignatureText(field.Integer())) {
-    const auto signature = static_cast<std::uint32_t>(field.Integer());
+  const auto signature = static_cast<std::uint32_t>(field.Integer());
+  if (schema.type == FieldType::Signature && IsPrintableSignature(signature)) {
     return Line(indent, schema.name, "'" + SignatureText(signature) + "'");
   }
   Line(indent, schema.name, field.NumberText() + unit);

@@ -6,6 +6,7 @@
 
 namespace vkcl {
 
+/// Whether a byte is a printable character of ASCII; a blank is.
 constexpr bool IsPrintable(unsigned char c) { return c >= 0x20 && c < 0x7F; }
 
 /// Whether all four characters of a signature are printable ASCII.

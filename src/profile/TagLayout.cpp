@@ -206,14 +206,14 @@ bool TagDataSuitAppending(const VKCLProfile& profile) {
 }
 
 bool WriteArranged(const VKCLProfile& profile, AFile& to) {
-  return WriteTags(profile, {}, Blocks::Own, to);
+  return WriteTags(profile, {}, TagBlocks::Own, to);
 }
 
 bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes, AFile& to) {
-  return WriteTags(profile, changes, Blocks::Shared, to);
+  return WriteTags(profile, changes, TagBlocks::Shared, to);
 }
 
-bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, Blocks blocks,
+bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, TagBlocks blocks,
                AFile& to) {
   if (profile.isValidICC() == 0 || profile.tagTable == nullptr) return false;
   return Guarded([&] {
@@ -238,7 +238,7 @@ bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, B
       const auto size = static_cast<std::uint32_t>(piece.bytes.size());
       const auto at = static_cast<std::uint32_t>(position);
       const auto [first, isNew] = placed.try_emplace({piece.bytes.data(), size}, at);
-      if (!isNew && blocks == Blocks::Shared && size > 0) {
+      if (!isNew && blocks == TagBlocks::Shared && size > 0) {
         table.push_back({static_cast<icTagSignature>(piece.signature), first->second, size});
         continue;
       }

@@ -38,12 +38,12 @@ struct FilePiece;
 struct ProfilePeer;
 struct TagChange;
 /// Whether tags that share their data get a copy each in a file that is written anew.
-enum class Blocks : bool {
+enum class TagBlocks : bool {
   Own,     ///< each its own
   Shared,  ///< the first one's, as before
 };
 /// What WriteArranged and WriteChanged have in common (TagLayout.h).
-bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, Blocks blocks,
+bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, TagBlocks blocks,
                AFile& to);
 }  // namespace vkcl
 
@@ -146,7 +146,7 @@ class VKCL_API VKCLProfile {
  private:
   friend struct vkcl::ProfilePeer;
   friend bool vkcl::WriteTags(const VKCLProfile& profile, std::span<const vkcl::TagChange> changes,
-                              vkcl::Blocks blocks, AFile& to);
+                              vkcl::TagBlocks blocks, AFile& to);
 
   void Load();
   static void ReverseICCHeader(icHeader* h);

@@ -9,16 +9,16 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr std::array<std::int8_t, 256> MakeDigits() {
-  std::array<std::int8_t, 256> digits = {};
+constexpr std::array<int, 256> MakeDigits() {
+  std::array<int, 256> digits = {};
   digits.fill(-1);
   for (std::size_t i = 0; i < kAlphabet.size(); ++i) {
-    digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+    digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<int>(i);
   }
   return digits;
 }
 
-constexpr std::array<std::int8_t, 256> kDigits = MakeDigits();
+constexpr std::array<int, 256> kDigits = MakeDigits();
 
 }  // namespace
 
