@@ -31,6 +31,13 @@ def to_closed_stream(words, file):
     return before == file.read_bytes()
 
 
+def complaint_to_closed_stream(words, code):
+    """Nobody hears why; the exit code tells all the same."""
+    for stream in ("2>&-", "2>/dev/full"):
+        done = run(["sh", "-c", f'exec "$@" {stream}', "sh", *words])
+        assert done.returncode == code, (words, stream, done)
+
+
 def to_gone_reader(words, ignored):
     """The reader closes its end before anything is written."""
     reader, writer = os.pipe()
@@ -55,6 +62,8 @@ def main():
             assert to_closed_stream(words, file), words
             to_gone_reader(words, ignored=True)
             to_gone_reader(words, ignored=False)
+        complaint_to_closed_stream([tool, "lists", str(file) + ".missing"], 1)
+        complaint_to_closed_stream([tool, "nonsense"], 2)
         # What is told goes nowhere, and above all not into the profile that is open.
         change = [tool, "set", "--in-place", str(file), "Wizard.value=1"]
         assert not to_closed_stream(change, file)

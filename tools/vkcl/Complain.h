@@ -5,7 +5,8 @@
 
 namespace vkcl::tool {
 
-/// One line on the error output. The text is safe for a terminal already.
+/// One line on the error output, whether or not anybody takes it. The text is safe for a terminal
+/// already.
 void Complain(const std::string& text);
 
 }  // namespace vkcl::tool
