@@ -148,6 +148,10 @@ bool LayoutSuits(const VKCLProfile& profile, const std::vector<Change>& changes)
   });
 }
 
+std::string TitleOf(const Change& change) {
+  return fmt::format("{} ({})", change.record->title, SignatureText(change.record->signature));
+}
+
 Result Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
   std::string stored;
   for (const Change& change : changes) {
@@ -159,9 +163,17 @@ Result Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
                       change.record->title, before));
     }
     if (!stored.empty()) stored += ", ";
-    stored += fmt::format("{} ({})", change.record->title, SignatureText(change.record->signature));
+    stored += TitleOf(change);
   }
   return Done(fmt::format("stored {}", stored));
+}
+
+// What Store would do to a profile that is not there yet.
+Result TellOfNew(const std::vector<Change>& changes, int channels) {
+  std::string titles;
+  for (const Change& change : changes) titles += (titles.empty() ? "" : ", ") + TitleOf(change);
+  return Done(fmt::format("nothing is changed; a profile of {} channels would be made, with {}",
+                          channels, titles));
 }
 
 }  // namespace
@@ -213,6 +225,7 @@ Result SetFields(const std::string& path, const std::vector<std::string>& assign
     why = SetField(*assignment.field, assignment.index, assignment.value, *image);
     if (!why.empty()) return Usage(fmt::format("{} {}", assignment.target, why));
   }
+  if (create && how.dryRun) return TellOfNew(changes, createChannels);
   const Operation store = [&](VKCLProfileHandler& target) { return Store(target, changes); };
   if (create) return store(handler);
   return ChangeProfile(
