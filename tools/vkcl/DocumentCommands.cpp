@@ -105,6 +105,9 @@ Result StoreInCopy(const ApplyOptions& options, const Document& document) {
   if (to.isSameFile(AFilePath(options.file))) {
     return Refused("a copy is not written onto the profile; leave out --output to change it");
   }
+  if (to.isSameFile(AFilePath(options.path))) {
+    return Refused("a copy is not written onto the document");
+  }
   if (to.exists() && !options.force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(options.output)));
   }
@@ -132,6 +135,9 @@ Result Dump(const DumpOptions& options) {
     return WriteDocument(profile, options.tags, form, sink, why) ? Done({}) : Refused(why);
   }
   const AFilePath to(options.output);
+  if (to.isSameFile(AFilePath(options.file))) {
+    return Refused("a profile is not replaced by the document of its tags");
+  }
   if (to.exists() && !options.force) {
     return Refused(fmt::format("{} exists; --force replaces it", Printable(options.output)));
   }
