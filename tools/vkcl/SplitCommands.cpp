@@ -178,7 +178,7 @@ bool ParseNumbers(std::string_view text, std::vector<double>& numbers) {
   while (!text.empty()) {
     double number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc()) return false;
+    if (result.ec != std::errc() || !std::isfinite(number)) return false;
     numbers.push_back(number);
     text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
     if (text.empty()) return true;
@@ -262,6 +262,9 @@ Result Split(const SplitOptions& options) {
       return Usage("--from-xml stores a split; --xml and --json show one");
     }
     return StoreSplit(options);
+  }
+  if (options.how.dryRun || options.how.inPlace || options.how.hardLinks) {
+    return Usage("--dry-run, --in-place and --hard-links belong to --from-xml");
   }
   if (options.mode.empty() && (!options.strengths.empty() || options.version != 4)) {
     return Usage("--strengths and --version belong to --default");
