@@ -24,10 +24,18 @@ std::span<const icTag> TableOf(const VKCLProfile& profile) {
 
 bool IsPrivate(const icTag& tag) { return IsPrivateSignature(tag.sig); }
 
+// Whether the tags lie one behind the other.
+bool LiesInOrder(std::span<const icTag> table) {
+  return std::adjacent_find(table.begin(), table.end(), [](const icTag& tag, const icTag& next) {
+           return next.offset != std::uint64_t{tag.offset} + PadTo4(tag.size);
+         }) == table.end();
+}
+
 bool SuitsAnyWork(const VKCLProfile& profile) {
   const std::span<const icTag> table = TableOf(profile);
-  return TagDataSuitAppending(profile) &&
-         std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
+  if (!TagDataSuitAppending(profile)) return false;
+  // Looking at each tag among all others takes long with many tags.
+  return LiesInOrder(table) || std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
            const auto signature = static_cast<VKPrivateTagSignature>(tag.sig);
            return !IsPrivate(tag) || TagDataSuitWriting(profile, signature, 0);
          });
