@@ -153,10 +153,20 @@ class RecordValue::Assembly {
     std::string why = Check(field, *value);
     if (!why.empty()) return why;
     if (field.type == FieldType::Record) return PutRecords(field, *value);
+    NoteUnused(field, *value);
     payload_.insert(payload_.end(), value->bytes.begin(), value->bytes.end());
     if (field.amount.kind == Amount::Kind::Constant) FillUp(field, value->bytes.size());
     if (value->isText && field.terminated) payload_.push_back('\0');
     return {};
+  }
+
+  // Rows behind those that are used are stored, and mean nothing.
+  void NoteUnused(const FieldSchema& field, const FieldValue& value) {
+    if (field.used == nullptr || record_.Find(field.used) == nullptr) return;
+    const std::int64_t used = IntegerOf(field.used);
+    if (used >= static_cast<std::int64_t>(value.count)) return;
+    notes_.push_back(Quoted(field.name) + " has " + std::to_string(value.count) +
+                     " rows, of which " + Quoted(field.used) + " uses " + std::to_string(used));
   }
 
   // Fixed blocks, texts and rows may be given without the zeros at their end.
@@ -200,8 +210,11 @@ class RecordValue::Assembly {
     for (const RecordForm& form : schema_.forms) {
       if (form.version != version) continue;
       for (std::size_t i = 0; i < value.records.size(); ++i) {
-        const std::string why = value.records[i].Assemble(form.fields, schema_, payload_, notes_);
-        if (!why.empty()) return std::string(field.name) + "[" + std::to_string(i) + "]: " + why;
+        const std::string place = std::string(field.name) + "[" + std::to_string(i) + "]: ";
+        std::vector<std::string> notes;
+        const std::string why = value.records[i].Assemble(form.fields, schema_, payload_, notes);
+        if (!why.empty()) return place + why;
+        for (const std::string& note : notes) notes_.push_back(place + note);
       }
       return {};
     }
@@ -240,7 +253,8 @@ class RecordValue::Assembly {
       const bool empty = field.shape == FieldShape::Rows && given == 0 && IsEmptyRow(field);
       if (empty || said == static_cast<std::int64_t>(given)) return {};
       return Quoted(count.name) + " is " + std::to_string(said) + ", and " + Quoted(field.name) +
-             " has " + std::to_string(given) + (rows ? "" : " values in a row");
+             " has " + std::to_string(given) + (rows ? "" : " values in a row") + "; without " +
+             Quoted(count.name) + " it follows";
     }
     return {};
   }

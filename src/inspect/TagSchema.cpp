@@ -87,12 +87,14 @@ constexpr FieldSchema kSplitV2[] = {
     Float("darkEndShape", "", "shape of the dark curve at its end"),
 };
 
-constexpr FieldSchema Curve(const char* name, std::uint32_t columns, const char* meaning) {
+constexpr FieldSchema Curve(const char* name, const char* used, std::uint32_t columns,
+                            const char* meaning) {
   return {.name = name,
           .type = FieldType::Float32,
           .shape = FieldShape::Rows,
           .amount = Count(256),
           .columns = Count(columns),
+          .used = used,
           .unit = kPart,
           .meaning = meaning};
 }
@@ -105,9 +107,9 @@ constexpr FieldSchema kInterpolation = Int("interpolation", "kind of interpolati
 constexpr FieldSchema kSplitV3[] = {
     kRecordLength,
     kColorant,
-    Curve("light", 2, "points of the light curve: input, amount"),
-    Curve("medium", 2, "points of the medium curve: input, amount"),
-    Curve("dark", 2, "points of the dark curve: input, amount"),
+    Curve("light", "lightCount", 2, "points of the light curve: input, amount"),
+    Curve("medium", "mediumCount", 2, "points of the medium curve: input, amount"),
+    Curve("dark", "darkCount", 2, "points of the dark curve: input, amount"),
     kLightCount,
     kMediumCount,
     kDarkCount,
@@ -117,9 +119,9 @@ constexpr FieldSchema kSplitV3[] = {
 constexpr FieldSchema kSplitV4[] = {
     kRecordLength,
     kColorant,
-    Curve("light", 3, "points of the light curve: input, amount, shape"),
-    Curve("medium", 3, "points of the medium curve: input, amount, shape"),
-    Curve("dark", 3, "points of the dark curve: input, amount, shape"),
+    Curve("light", "lightCount", 3, "points of the light curve: input, amount, shape"),
+    Curve("medium", "mediumCount", 3, "points of the medium curve: input, amount, shape"),
+    Curve("dark", "darkCount", 3, "points of the dark curve: input, amount, shape"),
     kLightCount,
     kMediumCount,
     kDarkCount,

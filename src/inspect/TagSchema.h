@@ -73,6 +73,7 @@ struct FieldSchema {
   Amount columns = {};  ///< values of a row
   FieldRole role = FieldRole::Data;  ///< what it says about other fields
   const char* presence = nullptr;    ///< field that is not 0 where this one is there
+  const char* used = nullptr;        ///< field that says how many of the rows mean something
   bool frames = false;               ///< says how the record is stored, and is not set by hand
   bool reserved = false;             ///< carried for the host; shown in documents only
   bool terminated = false;           ///< a text of any length that a zero ends

@@ -303,7 +303,7 @@ TEST(DocumentRefusal, OfFieldsThatDoNotFollow) {
   const std::string spot = R"("version": 1, "name": "Spot", "limits": [75, 82.5])";
   EXPECT_EQ(OfTag("QX68", "{" + spot + "}"), "accepted");
   EXPECT_EQ(OfTag("QX68", "{" + spot + ", \"count\": 3}"),
-            "tags.QX68: \"count\" is 3, and \"limits\" has 2");
+            "tags.QX68: \"count\" is 3, and \"limits\" has 2; without \"count\" it follows");
   for (const char* size : {"31", "33", "0", "-1", "2147483647"}) {
     EXPECT_TRUE(OfTag("QX68", "{" + spot + ", \"size\": " + size + "}").starts_with("tags.QX68"));
   }

@@ -139,6 +139,9 @@ def make_private_documents(folder):
         "too_many": '{"QX51": {"version": 1, "size": 140, "count": 16, "limits": [1, 2]}}}',
         "wide": '{"QX74": {"value": 4294967296}}}',
         "count": '{"QX68": {"version": 1, "count": 3, "name": "S", "limits": [1, 2]}}}',
+        "points": '{"QX50": {"version": 4, "splits": [{"colorantIndex": 0, "light": [],'
+                  '"lightCount": 0, "medium": [], "mediumCount": 0, "dark": [[0, 0, 0], [1, 1, 0]],'
+                  '"darkCount": 1, "interpolation": 0}]}}}',
         "hostile": '{"QX5\\u001b[31m": {"payload": []}}}',
         "cut": '{"QX74": {"value": 4',
     }
