@@ -31,14 +31,15 @@ constexpr char kHead[] = R"({
 )";
 constexpr char kTail[] = "\n  }\n}\n";
 
-/// The payload is written as the text, and the text is read as the payload.
-void ExpectBothWays(const std::string& signature, const Bytes& payload, const std::string& text) {
+/// The payload is written as the text, and the text is read as the payload, with these notes.
+void ExpectBothWays(const std::string& signature, const Bytes& payload, const std::string& text,
+                    const std::vector<std::string>& notes = {}) {
   SCOPED_TRACE(signature);
   const std::string document = kHead + ("    \"" + signature + "\": ") + text + kTail;
   EXPECT_EQ(DocumentOf(ProfileFile({{signature, payload}})), document);
   const ReadBack read(document);
   EXPECT_TRUE(SameBytes(read.Element(), DataTag(payload)));
-  EXPECT_TRUE(read.document.notes.empty());
+  EXPECT_EQ(read.document.notes, notes);
   ASSERT_EQ(read.document.tags.size(), 1u);
   EXPECT_EQ(read.document.tags[0].signature, SigOf(signature));
   EXPECT_EQ(read.document.tags[0].occurrence, 1u);
@@ -127,7 +128,8 @@ TEST(DocumentFields, InkSplitsOfVersions3And4WithTheirUsedPoints) {
           "interpolation": 0
         }
       ]
-    })");
+    })",
+                 {R"(QX50: splits[0]: "medium" has 1 rows, of which "mediumCount" uses -1)"});
 }
 
 TEST(DocumentFields, InkSplitWithoutRecords) {
