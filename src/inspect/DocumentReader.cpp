@@ -62,9 +62,8 @@ class TagNode : public RecordNode {
   std::string OnEnd() override {
     key_.clear();
     if (!hasRaw_ && !hasFields_) return "holds nothing";
-    constexpr char kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
     std::vector<char>& element = change_.element;
-    if (!isElement_) element.assign(std::begin(kHead), std::end(kHead));
+    if (!isElement_) element.assign(std::begin(kBinaryHead), std::end(kBinaryHead));
     if (hasRaw_) {
       element.insert(element.end(), bytes_.begin(), bytes_.end());
       return element.size() > UINT32_MAX ? "is too long" : "";

@@ -17,14 +17,13 @@ constexpr std::string_view kHexPrefix = "0x";
 
 // `readable` becomes false when the file does not give bytes that it holds.
 bool HasDataHead(AFile& file, const StoredTag& tag, bool& readable) {
-  constexpr char kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
   char head[kDataHead];
   if (tag.size < sizeof head || tag.held != tag.size) return false;
   if (!file.seek(tag.offset) || file.read(head, sizeof head) != sizeof head) {
     readable = false;
     return false;
   }
-  return std::memcmp(head, kHead, sizeof head) == 0;
+  return std::memcmp(head, kBinaryHead, sizeof head) == 0;
 }
 
 bool IsPlain(std::uint32_t signature) {

@@ -8,6 +8,8 @@ namespace vkcl {
 inline constexpr std::uint32_t kTableStart = 132;  ///< behind the header and the count
 inline constexpr std::uint32_t kTableEntry = 12;   ///< signature, offset, size
 inline constexpr std::uint32_t kDataHead = 12;     ///< head of a 'data' tag
+/// The head of a binary 'data' tag: type, four reserved bytes, flag (6.5.4).
+inline constexpr char kBinaryHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
 
 /// First byte behind a table of `count` entries.
 constexpr std::uint64_t TableEnd(std::uint64_t count) { return kTableStart + kTableEntry * count; }

@@ -14,12 +14,11 @@
 #include "inspect/ProfileDocument.h"
 #include "inspect/StoredTags.h"
 #include "platform/plinth/ReplaceFile.h"
+#include "profile/TableLayout.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl::tool {
 namespace {
-
-constexpr std::size_t kDataHead = 12;
 
 std::string NameOf(const TagChange& change) {
   return StoredTagName(change.signature, change.occurrence);
@@ -52,9 +51,9 @@ bool ReadFrom(const std::string& path, Document& document, std::string& why) {
 
 // Why the store cannot write a tag into the file where it lies; empty when it can.
 std::string WhyNotInPlace(const VKCLProfile& profile, const TagChange& change) {
-  constexpr char kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
-  const bool isData = change.element.size() > kDataHead &&
-                      std::equal(std::begin(kHead), std::end(kHead), change.element.begin());
+  const bool isData =
+      change.element.size() > kDataHead &&
+      std::equal(std::begin(kBinaryHead), std::end(kBinaryHead), change.element.begin());
   if (change.remove || change.occurrence > 1 || !isData) {
     return "it is removed, a later entry, or no 'data' element with content";
   }
