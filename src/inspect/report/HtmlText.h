@@ -16,7 +16,7 @@ namespace vkcl {
 /// A piece of markup that stands in the source.
 class Html {
  public:
-  consteval Html(const char* text, std::size_t length) : text_(text, length) {}
+  constexpr Html(const char* text, std::size_t length) : text_(text, length) {}
   std::string_view text() const { return text_; }
 
  private:
@@ -24,7 +24,7 @@ class Html {
 };
 
 inline namespace html_literals {
-consteval Html operator""_html(const char* text, std::size_t length) { return {text, length}; }
+constexpr Html operator""_html(const char* text, std::size_t length) { return {text, length}; }
 }  // namespace html_literals
 
 /// Appends bytes as text of an element or of a quoted attribute. Markup characters become
