@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/Guarded.h"
+#include "platform/profiler/ContextMemory.h"
 
 namespace vkcl::profiler {
 
@@ -80,7 +81,7 @@ void Free(void* handle) {
 // Little CMS objects that release themselves. Each operation has a context of its own, so that
 // threads share nothing.
 struct ContextDeleter {
-  void operator()(cmsContext context) const { cmsDeleteContext(context); }
+  void operator()(cmsContext context) const { DeleteContext(context); }
 };
 using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
 

@@ -15,7 +15,7 @@ void Silent(cmsContext /*context*/, cmsUInt32Number /*code*/, const char* /*text
 }  // namespace
 
 Context NewContext() {
-  Context context(cmsCreateContext(nullptr, nullptr));
+  Context context(CreateContext());
   if (context) cmsSetLogErrorHandlerTHR(context.get(), Silent);
   return context;
 }
