@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <string_view>
 #include <utility>
 
 #include "colornames/ColorDefinitions.h"
@@ -75,7 +74,7 @@ constexpr Recognition kRecognitions[] = {
 
 // Names that differ from the full-strength inks of the set, kept for the callers that know them.
 struct DarkNames {
-  int mode;
+  int mode = 0;
   std::initializer_list<const char*> names;
 };
 const DarkNames kOtherDarkNames[] = {{8, {"Gray"}}, {512, {"Red", "Green", "Blue"}}};

@@ -18,9 +18,9 @@
 namespace vkcl {
 
 struct Entry {
-  std::uint32_t sig;
-  std::uint32_t offset;
-  std::uint32_t size;
+  std::uint32_t sig = 0;
+  std::uint32_t offset = 0;
+  std::uint32_t size = 0;
   std::uint32_t type = 0;
   bool typed = false;  // it lies in the file, behind the table, and is long enough for a type
 

@@ -1,8 +1,6 @@
 // JSON text that is written as it comes, so that a document of any length takes no memory.
 #pragma once
 
-#include <cstddef>
-#include <string>
 #include <string_view>
 #include <vector>
 

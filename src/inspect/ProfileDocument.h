@@ -2,10 +2,8 @@
 // and edit: written from a profile, and read back into tags that are, byte for byte, the same.
 #pragma once
 
-#include <functional>
 #include <istream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "inspect/TextSink.h"

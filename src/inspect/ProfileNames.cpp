@@ -1,7 +1,6 @@
 #include "inspect/ProfileNames.h"
 
 #include <algorithm>
-#include <iterator>
 #include <span>
 
 #include "inspect/TagSchema.h"

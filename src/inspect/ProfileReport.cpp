@@ -1,6 +1,5 @@
 #include "inspect/ProfileReport.h"
 
-#include <iterator>
 #include <string>
 #include <vector>
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -55,7 +56,7 @@ bool ParseWord(std::string_view text, Real& number) {
     std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t> bits = 0;
     if (!ParseBits(text.substr(kNan.size()), bits)) return false;
     number = std::bit_cast<Real>(bits);
-    return number != number;
+    return std::isnan(number);
   } else {
     return false;
   }

@@ -3,7 +3,6 @@
 
 #include "inspect/Examination.h"
 #include "inspect/SpaceChannels.h"
-#include "profile/SignatureText.h"
 #include "profile/icc.h"
 
 namespace vkcl {

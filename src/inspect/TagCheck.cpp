@@ -35,9 +35,9 @@ enum class Model { Any, Gray, Matrix, Table };
 
 // The tags that a class asks for.
 struct Required {
-  icProfileClassSignature deviceClass;
-  Model model;
-  const char* clause;
+  icProfileClassSignature deviceClass = {};
+  Model model = Model::Any;
+  const char* clause = nullptr;
   Code tags[10];
 };
 
@@ -68,7 +68,7 @@ constexpr Required kRequired[] = {
 // The types that a tag may have, in version 2 and besides in version 4.
 struct Typed {
   Code tag;
-  const char* clause;
+  const char* clause = nullptr;
   Code types[2];
   Code version4[1] = {};
 };

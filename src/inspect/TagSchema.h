@@ -66,8 +66,8 @@ enum class FieldRole {
 
 /// One field of a record.
 struct FieldSchema {
-  const char* name;                       ///< for programs and documents
-  FieldType type;                         ///< of each value
+  const char* name = nullptr;             ///< for programs and documents
+  FieldType type = {};                    ///< of each value
   FieldShape shape = FieldShape::Single;  ///< how its values are put together
   Amount amount = {};   ///< bytes of a text or block, values of a list, rows; 1 for a number
   Amount columns = {};  ///< values of a row

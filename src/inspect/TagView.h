@@ -2,7 +2,6 @@
 // when asked, so a tag of any length takes no memory.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>

@@ -3,7 +3,6 @@
 #include <iterator>
 
 #include "inspect/Examination.h"
-#include "profile/SignatureText.h"
 #include "profile/icc.h"
 
 namespace vkcl {

@@ -16,7 +16,7 @@ struct VKCL_API VKMultiInklimit {
   std::int32_t version = 4;  ///< 1, 2 or 4; see ConvertToCurrentVersion
   std::int32_t size = 300;   ///< bytes that the tag holds
   std::int32_t count = 36;   ///< number of limits
-  double limits[36];         ///< percent; 100.0 by default
+  double limits[36] = {};    ///< percent; 100.0 by default
 
   VKMultiInklimit() {
     for (int i = 0; i < 36; ++i) limits[i] = 100.0;
@@ -36,7 +36,7 @@ struct VKCL_API VKSingleInkLimitWithLinRef {
   std::int32_t version = 1;  ///< version of the record
   std::int32_t size = 140;   ///< bytes that the tag holds
   std::int32_t count = 16;   ///< number of limits
-  double limits[16];         ///< percent, in channel order; 100.0 by default
+  double limits[16] = {};    ///< percent, in channel order; 100.0 by default
 
   VKSingleInkLimitWithLinRef() {
     for (int i = 0; i < 16; ++i) limits[i] = 100.0;

@@ -1,6 +1,5 @@
 #include "privatetags/ProfileDataList.h"
 
-#include <cstddef>
 #include <cstring>
 #include <new>
 

@@ -15,7 +15,6 @@
 #include <array>
 #include <cstring>
 #include <memory>
-#include <new>
 
 #include "platform/Bytes.h"
 #include "platform/Guarded.h"

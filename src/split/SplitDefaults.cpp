@@ -26,7 +26,7 @@ struct Plan {
 };
 
 struct NamedPlan {
-  std::int32_t mode;
+  std::int32_t mode = 0;
   Plan plan;
 };
 
@@ -52,7 +52,7 @@ constexpr NamedPlan kPlans[] = {
 
 // The inks of a flag-set mode that make a split, in the order in which the plan is built.
 struct DilutionBit {
-  std::uint32_t bit;
+  std::uint32_t bit = 0;
   Entry entry;
 };
 constexpr DilutionBit kDilutionBits[] = {

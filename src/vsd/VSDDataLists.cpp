@@ -8,7 +8,7 @@
 #include <string_view>
 #include <variant>
 
-#include "platform/Bytes.h"
+#include "platform/Bytes.h"  // IWYU pragma: keep: it asserts the order of the bytes
 #include "platform/Guarded.h"
 #include "platform/plinth/HexText.h"
 #include "platform/plinth/NumberText.h"

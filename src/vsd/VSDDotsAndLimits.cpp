@@ -3,14 +3,13 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
-#include "platform/Bytes.h"
+#include "platform/Bytes.h"  // IWYU pragma: keep: it asserts the order of the bytes
 #include "platform/Guarded.h"
 #include "platform/OwnedText.h"
 #include "platform/plinth/HexText.h"

@@ -4,7 +4,6 @@
 
 #include "Opened.h"
 #include "edit/ProfileEdit.h"
-#include "platform/plinth/AFile.h"
 
 namespace vkcl::tool {
 namespace {

@@ -1,7 +1,6 @@
 #include "CommandTree.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <sstream>
 
 #include "ArgumentKinds.h"

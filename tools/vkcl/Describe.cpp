@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <unordered_map>
 #include <unordered_set>

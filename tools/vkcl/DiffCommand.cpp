@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "Opened.h"

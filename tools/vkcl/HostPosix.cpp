@@ -96,7 +96,7 @@ std::int64_t KeepInput(int descriptor, std::uint64_t most, std::string& path) {
   const PrivateFile& file = files.emplace_back();
   if (!file.isOpen()) return -1;
   path = file.path();
-  std::array<char, 65536> bytes;
+  std::array<char, 65536> bytes = {};
   std::uint64_t length = 0;
   while (length <= most) {
     const auto wanted =

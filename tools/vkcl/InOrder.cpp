@@ -1,7 +1,6 @@
 #include "InOrder.h"
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <mutex>

@@ -1,7 +1,7 @@
 // How far long work has come, on a terminal.
 #pragma once
 
-#include <chrono>
+#include <chrono>  // IWYU pragma: keep
 #include <cstddef>
 
 namespace vkcl::tool {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "ChangeProfile.h"
 #include "Outcome.h"

@@ -1,13 +1,13 @@
 #include "Style.h"
 
 #include <cstdlib>
-#include <string_view>
 
 #include "Host.h"
 
 namespace vkcl::tool {
 namespace {
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): set once, by the options
 ColorWhen g_when = ColorWhen::Auto;
 
 bool ShowsColor(Stream stream) {

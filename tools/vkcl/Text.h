@@ -1,11 +1,10 @@
 // Text for people: quoted strings, numbers, and signatures (SignatureText).
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "profile/SignatureText.h"
+#include "profile/SignatureText.h"  // IWYU pragma: export
 
 namespace vkcl::tool {
 

@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <vector>
 

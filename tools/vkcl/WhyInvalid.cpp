@@ -11,7 +11,6 @@
 
 #include "Opened.h"
 #include "Text.h"
-#include "profile/VKCLProfile.h"
 
 namespace vkcl::tool {
 namespace {
@@ -38,7 +37,7 @@ std::string WhyHeaderIsRefused(std::ifstream& file, std::uint64_t length) {
                        got);
   }
   const std::uint64_t count = Big32(&start[kHeader]);
-  if (kCountEnd + kEntry * count > length || kEntry * count >= length) {
+  if (kCountEnd + kEntry * count > length) {
     return fmt::format(
         "the tag count at bytes 128 to 131 is {}, and a table of that length ends at byte {}, but "
         "the file ends at byte {}",

@@ -1,10 +1,10 @@
 // Linearisation and gray balance: the lists of references against those of measurements.
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "inspect/report/ReportSections.h"
 #include "inspect/report/SampleList.h"
+#include "inspect/report/SvgChart.h"
 
 namespace vkcl {
 namespace {

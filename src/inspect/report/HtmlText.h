@@ -4,7 +4,7 @@
 // into a page goes through AppendHtmlText.
 #pragma once
 
-#include <concepts>
+#include <concepts>  // IWYU pragma: keep
 #include <cstddef>
 #include <cstdint>
 #include <functional>

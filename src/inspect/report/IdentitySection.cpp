@@ -1,12 +1,9 @@
 // What the file is, how far its making has come, and what is wrong with it.
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 #include "inspect/ProfileNames.h"
 #include "inspect/report/ReportSections.h"
-#include "platform/plinth/NumberText.h"
-#include "profile/SignatureText.h"
 #include "profile/icc.h"
 
 namespace vkcl {

@@ -8,6 +8,7 @@
 #include "handler/TargetParser.h"
 #include "inspect/report/ReportSections.h"
 #include "inspect/report/SampleList.h"
+#include "inspect/report/SvgChart.h"
 #include "profile/icc.h"
 
 namespace vkcl {

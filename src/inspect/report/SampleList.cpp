@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "inspect/report/SvgChart.h"
 #include "profile/icc.h"
 
 namespace vkcl {

@@ -10,7 +10,6 @@
 #include "inspect/report/HtmlText.h"
 #include "inspect/report/LabColor.h"
 #include "inspect/report/ShownFile.h"
-#include "inspect/report/SvgChart.h"
 #include "privatetags/ProfileDataList.h"
 
 namespace vkcl {

@@ -6,7 +6,7 @@
 #include "colornames/ColorModes.h"
 #include "platform/Bytes.h"
 #include "platform/plinth/TextEncoding.h"
-#include "platform/plinth/Utf8.h"
+#include "platform/plinth/Utf8.h"  // IWYU pragma: keep
 #include "profile/icc.h"
 
 namespace vkcl {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 #include "inspect/report/LabColor.h"
 #include "platform/plinth/NumberText.h"

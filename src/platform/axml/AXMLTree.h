@@ -1,7 +1,6 @@
 // An XML document as a tree of elements with text and attributes.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -1,4 +1,3 @@
-#include <clocale>
 #include <locale.h>
 
 #include "platform/plinth/ALocaleSwitcher.h"

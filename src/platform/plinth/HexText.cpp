@@ -71,7 +71,7 @@ bool ReadPairs(const char* text, std::uint8_t* to, std::size_t count) {
 std::size_t ReadGood(std::string_view text, std::uint8_t* to, std::size_t count) {
   constexpr std::size_t kBlock = 1024;
   const std::size_t pairs = std::min(count, text.size() / 2);
-  std::array<std::uint8_t, kBlock> block;
+  std::array<std::uint8_t, kBlock> block = {};
   std::size_t done = 0;
   while (done < pairs) {
     const std::size_t now = std::min(kBlock, pairs - done);

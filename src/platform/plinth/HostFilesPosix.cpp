@@ -59,7 +59,7 @@ Handle Open(const char* path, Access access, Creation creation) noexcept {
 
 std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
                     std::size_t count) noexcept {
-  std::array<iovec, kSlicesPerCall> vectors;
+  std::array<iovec, kSlicesPerCall> vectors = {};
   const std::size_t used = std::min(count, vectors.size());
   for (std::size_t i = 0; i < used; ++i) vectors[i] = {slices[i].data, slices[i].size};
   return Moved(::preadv(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
@@ -68,10 +68,11 @@ std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* sli
 
 std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
                      std::size_t count) noexcept {
-  std::array<iovec, kSlicesPerCall> vectors;
+  std::array<iovec, kSlicesPerCall> vectors = {};
   const std::size_t used = std::min(count, vectors.size());
   for (std::size_t i = 0; i < used; ++i) {
-    vectors[i] = {const_cast<void*>(slices[i].data), slices[i].size};  // writev only reads them
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): writev only reads them
+    vectors[i] = {const_cast<void*>(slices[i].data), slices[i].size};
   }
   return Moved(::pwritev(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
                          static_cast<off_t>(offset)));
@@ -162,7 +163,7 @@ std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) 
 }
 
 std::string ExecutablePath() {
-  std::array<char, 5000> buffer;
+  std::array<char, 5000> buffer = {};
   const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
   if (length <= 0 || static_cast<std::size_t>(length) == buffer.size()) return {};
   return {buffer.data(), static_cast<std::size_t>(length)};

@@ -185,7 +185,7 @@ bool WholeNumber(std::string_view text, float& number) { return Whole(text, numb
 bool WholeNumber(std::string_view text, double& number) { return Whole(text, number); }
 
 void AppendFixed(std::string& text, double number, int decimals) {
-  std::array<char, 512> buffer;  // the largest double has 309 digits before the point
+  std::array<char, 512> buffer = {};  // the largest double has 309 digits before the point
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
                                     std::chars_format::fixed, decimals);
   text.append(buffer.data(), result.ptr);

@@ -1,10 +1,8 @@
 #include "platform/plinth/SiblingFile.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <thread>

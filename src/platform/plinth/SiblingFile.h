@@ -1,8 +1,6 @@
 // A new file beside another one, which takes its place when it is whole.
 #pragma once
 
-#include <cstdint>
-
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 

@@ -31,9 +31,10 @@ class Converter {
   /// Converts `input` as far as it is text, appends the result to `output`, and takes what was
   /// converted off `input`. What remains begins with a byte that is no text.
   void Convert(std::string_view& input, std::string& output) {
-    std::array<char, 4096> buffer;
+    std::array<char, 4096> buffer = {};
     for (;;) {
-      char* from = const_cast<char*>(input.data());  // iconv only reads it
+      // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): iconv only reads it
+      char* from = const_cast<char*>(input.data());
       std::size_t fromLeft = input.size();
       char* to = buffer.data();
       std::size_t toLeft = buffer.size();
