@@ -207,6 +207,32 @@ def documents():
              "lightCount": 2, "mediumCount": 0, "darkCount": 1, "interpolation": 0}]}})}.items()}
 
 
+def shown():
+    """Profiles that are shown: choices, and the payloads of the tags."""
+    made = payloads()
+    kinds = {50: "split4", 51: "single", 52: "multi1", 53: "color", 58: "file", 64: "flag", 66: "dither",
+             67: "compatibility", 68: "spot_limits", 69: "spot_links", 70: "extra_data", 71: "sidecar",
+             74: "flag", 75: "text", 76: "extra"}
+    kinds |= {number: "list" for number in (54, 55, 56, 57, 59, 60, 72, 73)}
+
+    def shown_profile(space, payload_of):
+        tags = (payload_of(number) for number in range(50, 77))
+        return bytes([space]) + b"".join(
+            b"\0" if tag is None else b"\1" + struct.pack(">H", len(tag)) + tag for tag in tags)
+
+    hostile = b"<script>alert(1)</script>\"'><img src=x onerror=alert(2)>&lt;\xe2\x80\xae"
+    whole = lambda number: made[kinds[number]] if number in kinds else None
+    shown = {f"all_{space}": shown_profile(space, whole) for space in range(4)}
+    shown["markup"] = shown_profile(0, lambda number: hostile)
+    shown["marked_color"] = shown_profile(
+        1, lambda number: made["color"].replace(b"Model".ljust(128, b"\0"), hostile.ljust(128, b"\0"))
+        if number == 53 else None)
+    for number, name in kinds.items():
+        shown[f"cut_{number}"] = shown_profile(
+            0, lambda other: made[name][:-1] if other == number else whole(other))
+    return shown
+
+
 def programs():
     """For the model: choices and payloads."""
     made = {}
@@ -223,7 +249,8 @@ def main():
     profiler = profiles() | {"options": profile([(b"meta", meta), (b"cprt", b"text\0\0\0\0x\0")])}
     seeds = {"load": profiles(), "payload": payloads(), "target": targets(), "sidecar": sidecars(),
              "splitxml": splits(), "definitions": definitions(), "document": documents(),
-             "profiler": profiler, "model": programs()}
+             "profiler": profiler,
+             "inspect": shown(), "model": programs()}
     for target, inputs in seeds.items():
         (folder / target).mkdir(parents=True)
         for name, content in inputs.items():
