@@ -5,6 +5,7 @@
 
 #include "privatetags/PayloadCursor.h"
 #include "privatetags/VKPrivateTag.h"
+#include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
 namespace vkcl {
@@ -31,7 +32,6 @@ class TagPayload {
 
 /// Length of the payload of a tag; 0 without the tag.
 inline std::size_t PayloadSize(const VKCLProfile& profile, VKPrivateTagSignature signature) {
-  constexpr std::size_t kDataHead = 12;
   const std::size_t size = profile.GetTagSize(static_cast<icTagSignature>(signature));
   return size > kDataHead ? size - kDataHead : 0;
 }

@@ -8,11 +8,13 @@
 #include "platform/Bytes.h"
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
+#include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
+
+using vkcl::kDataHead;
 
 namespace {
 
-constexpr std::size_t kDataHead = 12;
 constexpr std::size_t kTextHead = 8;
 constexpr std::size_t kScratchContent = 65536;
 
@@ -143,7 +145,7 @@ int VKCLProfile::ReadVKPrivateTag(VKPrivateTag* tag, int allocate) const {
   }
   const icTag* entry = FindTag(tag->signature);
   if (entry == nullptr || entry->size <= kDataHead) return 0;
-  const std::uint32_t length = entry->size - static_cast<std::uint32_t>(kDataHead);
+  const std::uint32_t length = entry->size - kDataHead;
   std::unique_ptr<char[]> block;
   const bool read = vkcl::Guarded([&] {
     if (!FileHolds(*entry)) return false;  // before the allocation: the size may be anything

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "privatetags/ParameterRecords.h"
+#include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
 namespace {
@@ -19,7 +20,6 @@ constexpr DecidingTag kDecidingTags[] = {
 };
 
 constexpr std::int32_t kStatusHeldBack = 9;
-constexpr std::uint32_t kDataHead = 12;
 constexpr std::uint32_t kBareInkLimit = 140;  // a longer 'QX51' payload carries more than limits
 
 }  // namespace
@@ -56,7 +56,7 @@ int VKCLProfile::GetVKCLProfileFinishedState(VKCLProfileFinishedState& state,
     }
   }
   // The difference is unsigned: an entry below 12 bytes counts as a long one.
-  const bool longInkLimit = FindTag(QX51)->size - kDataHead > kBareInkLimit;
+  const bool longInkLimit = FindTag(QX51)->size - vkcl::kDataHead > kBareInkLimit;
   if (longInkLimit || HasTag(QX54)) {
     state = FinishedLinearisation;
   } else {

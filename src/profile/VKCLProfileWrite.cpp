@@ -44,10 +44,9 @@ FilePiece FromMemory(std::uint64_t at, const std::vector<char>& bytes) {
 // A whole tag at `at`: the head of binary data, the payload where the caller has it, the padding.
 void AppendTag(std::vector<FilePiece>& pieces, std::uint64_t at, const void* data,
                std::uint32_t length) {
-  static constexpr std::uint8_t kHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 0, 0, 0, 1};
   static constexpr std::uint8_t kZeros[4] = {};
   const std::uint64_t end = at + kDataHead + length;
-  pieces.push_back({at, kDataHead, kHead, 0});
+  pieces.push_back({at, kDataHead, vkcl::kBinaryHead, 0});
   pieces.push_back({at + kDataHead, length, data, 0});
   pieces.push_back({end, PadTo4(end - at) - (end - at), kZeros, 0});
 }

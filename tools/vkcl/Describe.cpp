@@ -15,13 +15,12 @@
 #include "handler/StoredSplit.h"
 #include "inspect/ProfileNames.h"
 #include "platform/plinth/AFile.h"
+#include "profile/TableLayout.h"
 
 namespace vkcl::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr std::size_t kDataHead = 12;
 
 // The payload of a tag as stored; false when it cannot be read.
 bool ReadPayload(const VKCLProfile& profile, VKPrivateTagSignature signature, VKPrivateTag& tag) {
@@ -182,7 +181,8 @@ Json DescribePrivateTags(const VKCLProfileHandler& handler, const VKCLProfile& p
     Json row = {
         {"signature", SignatureText(signature)},
         {"name", TitleOf(signature)},
-        {"payloadBytes", profile.tagTable[i].size < kDataHead ? 0 : profile.tagTable[i].size - 12},
+        {"payloadBytes",
+         profile.tagTable[i].size < kDataHead ? 0 : profile.tagTable[i].size - kDataHead},
     };
     if (!seen.insert(signature).second) {
       row["hiddenByAnEarlierOne"] = true;

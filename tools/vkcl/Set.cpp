@@ -9,6 +9,7 @@
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
+#include "profile/TableLayout.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl::tool {
@@ -89,8 +90,6 @@ std::string Parse(const std::string& text, Assignment& assignment) {
 bool HoldsTag(VKCLProfileHandler& handler, const RecordType& record) {
   return handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(record.signature)) != 0;
 }
-
-constexpr std::size_t kDataHead = 12;
 
 std::size_t PayloadSize(const VKCLProfile& profile, const RecordType& record) {
   const std::size_t size = profile.GetTagSize(static_cast<icTagSignature>(record.signature));
