@@ -1,57 +1,31 @@
 // The sidecar with the three dot sizes of a chart of 1,617 samples with 36 values, beside what
 // pugixml alone needs to save and load a document of the same text.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
 
+#include "Inputs.h"
 #include "platform/plinth/HexText.h"
+#include "profile/icc.h"
 #include "vsd/VSDProfileHandler.h"
 
 namespace {
 
+using vkcl::bench::Folder;
+
 constexpr int kSamples = 1617;
 constexpr int kColors = 36;
 constexpr const char* kSizes[] = {"Small", "Medium", "Large"};
-
-// A folder of the run's own; in memory where the system has such a place, so that the medium does
-// not drown what is compared.
-class Folder {
- public:
-  Folder() {
-    const std::filesystem::path memory = "/dev/shm";
-    const auto base =
-        std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
-    path_ = base / ("vkcl-bench-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(path_);
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  std::string File(const char* name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
 
 const Folder& TheFolder() {
   static const Folder folder;
   return folder;
 }
 
-ProfileDataList Measurements() {
-  ProfileDataList list;
-  list.DataFormat = 0x7265666C;  // 'refl'
-  list.NumOfColors = kColors;
-  list.RefreshList(kSamples);
-  list.Measured = kSamples;
-  for (int i = 0; i < kSamples * kColors; ++i) list.DataList[i] = 1.0 / (i + 3);
-  return list;
-}
+ProfileDataList Measurements() { return vkcl::bench::List(icSignature("refl"), kColors, kSamples); }
 
 void SidecarSaveAndLoad(benchmark::State& state) {
   const AFilePath path(TheFolder().File("paper.icc"));

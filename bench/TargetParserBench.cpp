@@ -1,35 +1,17 @@
-// The target parser against a bare pass of from_chars over the same text. Time for each number is
-// to be the same at 7, 16 and 43 columns.
+// The target parser against a bare pass of from_chars over the same text, and against the parser of
+// Little CMS. Time for each number is to be the same at 7, 16 and 43 columns.
 #include <benchmark/benchmark.h>
 
 #include <charconv>
-#include <random>
 #include <string>
 
+#include "Inputs.h"
+#include "Lcms.h"
 #include "handler/TargetParser.h"
 
 namespace {
 
-// A target of `columns` values a line, as measuring tools write them: CMYK and Lab, or reflectance.
-std::string TargetText(int columns, int samples) {
-  const int measured = columns > 40 ? 36 : 3;
-  const int device = columns - measured;
-  std::string text = "CGATS.5\nBEGIN_DATA_FORMAT\n";
-  for (int i = 0; i < device; ++i) text += "7CLR_" + std::to_string(i + 1) + ' ';
-  text += measured == 36 ? "R_380" : "LAB_L LAB_A LAB_B";
-  text += "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
-  std::mt19937 random(7);
-  std::uniform_int_distribution<int> value(0, 999999);
-  for (int i = 0; i < samples; ++i) {
-    for (int k = 0; k < columns; ++k) {
-      const int number = value(random);
-      text +=
-          std::to_string(number / 10000) + '.' + std::to_string(10000 + number % 10000).substr(1);
-      text += k + 1 < columns ? ' ' : '\n';
-    }
-  }
-  return text + "END_DATA\n";
-}
+using vkcl::bench::TargetText;
 
 constexpr int kSamples = 2000;
 
@@ -78,5 +60,18 @@ void ParseTarget(benchmark::State& state) {
   Report(state, text, columns);
 }
 BENCHMARK(ParseTarget)->Arg(7)->Arg(16)->Arg(43);
+
+void LcmsParseTarget(benchmark::State& state) {
+  const int columns = static_cast<int>(state.range(0));
+  const std::string text = TargetText(columns, kSamples);
+  for (auto _ : state) {
+    if (vkcl::bench::lcms::Parse(text) != static_cast<std::size_t>(kSamples * columns)) {
+      state.SkipWithError("the target is refused");
+      return;
+    }
+  }
+  Report(state, text, columns);
+}
+BENCHMARK(LcmsParseTarget)->Arg(7)->Arg(16)->Arg(43);
 
 }  // namespace
