@@ -153,7 +153,6 @@ class VKCL_API VKCLProfile {
   void CopyFrom(const VKCLProfile& other);
   int GetTagIndex(icTag tag, unsigned long& index) const;
   const icTag* FindTag(std::uint32_t sig) const;
-  bool HasTag(std::uint32_t sig) const { return FindTag(sig) != nullptr; }
   static unsigned long GetPadSize(unsigned long n);
 
   int isVKCLPrivateTag(icTagSignature sig) const;

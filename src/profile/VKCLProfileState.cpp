@@ -1,6 +1,6 @@
 // Whose profile this is, and how far its making has come.
-#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "privatetags/ParameterRecords.h"
 #include "profile/TableLayout.h"
@@ -8,36 +8,77 @@
 
 namespace {
 
-// The tags that decide the states above linearisation, highest first: the first one present wins.
-struct DecidingTag {
-  std::uint32_t sig;
+// What a table entry can tell about its profile, as bits: several entries together.
+enum Evidence : unsigned {
+  kInkLimit = 1 << 0,
+  kSettings = 1 << 1,
+  kSplit = 1 << 2,
+  kLinearisation = 1 << 3,
+  kMultiInkLimit = 1 << 4,
+  kGrayBalance = 1 << 5,
+  kCharacterisation = 1 << 6,
+  kFinalTable = 1 << 7,
+  kNewerTag = 1 << 8,  // a private tag that only a newer system would have written
+};
+
+// The evidence that decides the states above linearisation, highest first.
+struct DecidingEvidence {
+  Evidence evidence;
   VKCLProfileFinishedState state;
 };
-constexpr DecidingTag kDecidingTags[] = {
-    {icSigBToA0Tag, FinishedProfile}, {icSigBToA1Tag, FinishedProfile},
-    {icSigBToA2Tag, FinishedProfile}, {QX59, FinishedCharacterisation},
-    {QX56, FinishedGrayBalance},      {QX52, FinishedMultiInkLimit},
+constexpr DecidingEvidence kDeciding[] = {
+    {kFinalTable, FinishedProfile},
+    {kCharacterisation, FinishedCharacterisation},
+    {kGrayBalance, FinishedGrayBalance},
+    {kMultiInkLimit, FinishedMultiInkLimit},
 };
+
+bool IsFinalTable(std::uint32_t sig) {
+  return sig == icSigBToA0Tag || sig == icSigBToA1Tag || sig == icSigBToA2Tag;
+}
+
+unsigned EvidenceOf(std::uint32_t sig) {
+  if (!vkcl::IsPrivateSignature(sig)) return IsFinalTable(sig) ? unsigned{kFinalTable} : 0;
+  switch (sig) {
+    case QX50: return kSplit;
+    case QX51: return kInkLimit;
+    case QX52: return kMultiInkLimit;
+    case QX53: return kSettings;
+    case QX54: return kLinearisation;
+    case QX56: return kGrayBalance;
+    case QX59: return kCharacterisation;
+    default: break;
+  }
+  const bool newer = static_cast<std::int32_t>(sig) > static_cast<std::int32_t>(QX76);
+  return newer ? unsigned{kNewerTag} : 0;
+}
+
+// One pass over the table, which may be long; none for an invalid profile.
+unsigned EvidenceIn(const VKCLProfile& profile) {
+  unsigned evidence = 0;
+  if (profile.valid == 0 || profile.tagTable == nullptr) return evidence;
+  for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
+    evidence |= EvidenceOf(profile.tagTable[i].sig);
+  }
+  return evidence;
+}
+
+bool IsOwn(unsigned evidence) {
+  return (evidence & (kInkLimit | kSettings | kNewerTag)) == (kInkLimit | kSettings);
+}
 
 constexpr std::int32_t kStatusHeldBack = 9;
 constexpr std::uint32_t kBareInkLimit = 140;  // a longer 'QX51' payload carries more than limits
 
 }  // namespace
 
-int VKCLProfile::isVKCLProfile() const {
-  if (valid == 0 || tagTable == nullptr || tagCount == 0) return 0;
-  if (!HasTag(QX51) || !HasTag(QX53)) return 0;
-  const bool newer = std::any_of(tagTable, tagTable + tagCount, [&](const icTag& tag) {
-    return isVKCLPrivateTag(tag.sig) != 0 &&
-           static_cast<std::int32_t>(tag.sig) > static_cast<std::int32_t>(QX76);
-  });
-  return newer ? 0 : 1;
-}
+int VKCLProfile::isVKCLProfile() const { return IsOwn(EvidenceIn(*this)) ? 1 : 0; }
 
 int VKCLProfile::GetVKCLProfileFinishedState(VKCLProfileFinishedState& state,
                                              int ignoreStatus) const {
   state = FinishedNone;
-  if (isVKCLProfile() == 0) return 0;
+  const unsigned evidence = EvidenceIn(*this);
+  if (!IsOwn(evidence)) return 0;
 
   bool heldBack = false;
   if (ignoreStatus == 0) {
@@ -49,18 +90,18 @@ int VKCLProfile::GetVKCLProfileFinishedState(VKCLProfileFinishedState& state,
     heldBack = length >= kStatusEnd && param.status == kStatusHeldBack;
   }
   if (!heldBack) {
-    for (const DecidingTag& tag : kDecidingTags) {
-      if (!HasTag(tag.sig)) continue;
-      state = tag.state;
+    for (const DecidingEvidence& deciding : kDeciding) {
+      if ((evidence & deciding.evidence) == 0) continue;
+      state = deciding.state;
       return 1;
     }
   }
   // The difference is unsigned: an entry below 12 bytes counts as a long one.
   const bool longInkLimit = FindTag(QX51)->size - vkcl::kDataHead > kBareInkLimit;
-  if (longInkLimit || HasTag(QX54)) {
+  if (longInkLimit || (evidence & kLinearisation) != 0) {
     state = FinishedLinearisation;
   } else {
-    state = HasTag(QX50) ? FinishedInkSplit : FinishedInkLimit;
+    state = (evidence & kSplit) != 0 ? FinishedInkSplit : FinishedInkLimit;
   }
   return 1;
 }
