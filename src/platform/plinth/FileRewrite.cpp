@@ -57,10 +57,19 @@ class Covered {
   std::map<std::uint64_t, std::uint64_t> ranges_;
 };
 
+// Whether the pieces are in the order of the file and none lies over another.
+bool AreDisjoint(const std::vector<FilePiece>& pieces) {
+  return std::adjacent_find(pieces.begin(), pieces.end(),
+                            [](const FilePiece& piece, const FilePiece& next) {
+                              return next.at < EndOf(piece);
+                            }) == pieces.end();
+}
+
 // What is visible of each piece when the later ones lie over the earlier ones: disjoint pieces in
-// the order of the file.
+// the order of the file, as most callers give them.
 std::vector<FilePiece> Visible(std::vector<FilePiece> pieces) {
   std::erase_if(pieces, [](const FilePiece& piece) { return piece.length == 0; });
+  if (AreDisjoint(pieces)) return pieces;
   std::vector<FilePiece> shown;
   Covered covered;
   for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
@@ -154,6 +163,7 @@ bool Rewrite::Plan() {
 // What is moved, overwritten or cut off.
 std::vector<Range> Rewrite::NeededRanges() const {
   std::vector<Range> ranges;
+  ranges.reserve(2 * pieces_.size() + 1);
   for (const FilePiece& piece : pieces_) {
     ranges.push_back({piece.at, std::min(EndOf(piece), oldLength_)});
     if (piece.bytes == nullptr) ranges.push_back({piece.from, piece.from + piece.length});
@@ -163,7 +173,9 @@ std::vector<Range> Rewrite::NeededRanges() const {
 }
 
 bool Rewrite::ReadNeeded() {
-  for (const Range& range : NeededRanges()) {
+  const std::vector<Range> needed = NeededRanges();
+  kept_.reserve(needed.size());
+  for (const Range& range : needed) {
     const auto size = static_cast<std::size_t>(range.end - range.begin);
     kept_.push_back({range, std::unique_ptr<std::uint8_t[]>(new std::uint8_t[size])});
     host::MutableSlice slice = {kept_.back().bytes.get(), size};
