@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "platform/plinth/AFile.h"
+#include "platform/plinth/LargeBlock.h"
 
 namespace vkcl {
 namespace {
@@ -113,7 +114,7 @@ class Rewrite {
  private:
   struct Kept {
     Range range;
-    std::unique_ptr<std::uint8_t[]> bytes;
+    std::unique_ptr<char[]> bytes;
   };
 
   bool Open(FileOrigin origin);
@@ -177,7 +178,7 @@ bool Rewrite::ReadNeeded() {
   kept_.reserve(needed.size());
   for (const Range& range : needed) {
     const auto size = static_cast<std::size_t>(range.end - range.begin);
-    kept_.push_back({range, std::unique_ptr<std::uint8_t[]>(new std::uint8_t[size])});
+    kept_.push_back({range, NewLargeBlock(size)});
     host::MutableSlice slice = {kept_.back().bytes.get(), size};
     if (file_.readAt(range.begin, {&slice, 1}) != size) return false;
   }

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "platform/plinth/AFile.h"
+#include "platform/plinth/LargeBlock.h"
 
 namespace vkcl {
 
@@ -15,7 +16,7 @@ FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom, std::uint
   const std::int64_t length = file.length();
   if (length < 0 || static_cast<std::uint64_t>(length) > limit) return {};
   const auto size = static_cast<std::size_t>(length);
-  FileContent content = {std::unique_ptr<char[]>(new char[headroom + size]), headroom + size};
+  FileContent content = {NewLargeBlock(headroom + size), headroom + size};
   std::memset(content.bytes.get(), 0, headroom);
   if (file.read(content.bytes.get() + headroom, size) != size) return {};
   return content;
