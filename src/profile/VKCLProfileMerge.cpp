@@ -6,7 +6,6 @@
 
 #include "platform/Bytes.h"
 #include "platform/Guarded.h"
-#include "platform/plinth/AFile.h"
 #include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/WholeFile.h"
 #include "profile/TableLayout.h"
@@ -30,23 +29,6 @@ void AppendZeros(std::vector<FilePiece>& pieces, std::uint64_t at, std::uint64_t
   }
 }
 
-// The bytes of a file from `start` on, as far as they are held here.
-struct Held {
-  const char* bytes;
-  std::uint64_t start;
-  std::uint64_t end;
-};
-
-// A tag with its padding, put to `at`; zeros where the file has ended.
-void AppendStored(std::vector<FilePiece>& pieces, const icTag& tag, std::uint64_t at,
-                  const Held& held) {
-  const std::uint64_t padded = PadTo4(tag.size);
-  const std::uint64_t begin = std::clamp<std::uint64_t>(tag.offset, held.start, held.end);
-  const std::uint64_t there = std::min(padded, held.end - begin);
-  pieces.push_back({at, there, held.bytes + (begin - held.start), 0});
-  AppendZeros(pieces, at + there, padded - there);
-}
-
 // The stretch of a file that holds all of some tags, padding included where it is there.
 struct Stretch {
   std::uint64_t begin = UINT64_MAX;
@@ -60,6 +42,35 @@ Stretch StretchOf(const std::vector<icTag>& tags) {
     stretch.end = std::max(stretch.end, std::uint64_t{tag.offset} + PadTo4(tag.size));
   }
   return stretch;
+}
+
+// The bytes of a stretch, as far as the file holds them.
+class Held {
+ public:
+  Held(const AFilePath& path, const Stretch& stretch)
+      : content_(vkcl::ReadStretch(path, stretch.begin, stretch.end)),
+        begin_(stretch.begin),
+        end_(stretch.begin + content_.size) {}
+
+  explicit operator bool() const { return content_.bytes != nullptr; }
+  std::uint64_t begin() const { return begin_; }
+  std::uint64_t end() const { return end_; }
+  const char* at(std::uint64_t offset) const { return content_.bytes.get() + (offset - begin_); }
+
+ private:
+  vkcl::FileContent content_;
+  std::uint64_t begin_;
+  std::uint64_t end_;
+};
+
+// A tag with its padding, put to `at`; zeros where the file has ended.
+void AppendStored(std::vector<FilePiece>& pieces, const icTag& tag, std::uint64_t at,
+                  const Held& held) {
+  const std::uint64_t padded = PadTo4(tag.size);
+  const std::uint64_t begin = std::clamp<std::uint64_t>(tag.offset, held.begin(), held.end());
+  const std::uint64_t there = std::min(padded, held.end() - begin);
+  pieces.push_back({at, there, held.at(begin), 0});
+  AppendZeros(pieces, at + there, padded - there);
 }
 
 }  // namespace
@@ -84,16 +95,8 @@ int VKCLProfile::MergeVKPrivateTagIntoStandICC(VKCLProfile& target) {
         std::all_of(tags.begin(), tags.end(), [&](const icTag& tag) { return FileHolds(tag); });
     if (!whole) return 0;
     const Stretch stretch = StretchOf(tags);
-    AFile file;
-    if (!file.open(filePath, AFile::Read)) return 0;
-    const std::int64_t length = file.length();
-    const std::uint64_t end =
-        std::min(stretch.end, static_cast<std::uint64_t>(std::max<std::int64_t>(length, 0)));
-    if (end < stretch.begin) return 0;
-    const auto size = static_cast<std::size_t>(end - stretch.begin);
-    const std::unique_ptr<char[]> bytes(new char[size]);
-    if (!file.seek(stretch.begin) || file.read(bytes.get(), size) != size) return 0;
-    const Held held = {bytes.get(), stretch.begin, end};
+    const Held held(filePath, stretch);
+    if (!held || (held.begin() == held.end() && stretch.begin != stretch.end)) return 0;
 
     const auto append = [&](std::vector<FilePiece>& pieces, std::size_t i, std::uint64_t at) {
       AppendStored(pieces, tags[i], at, held);
@@ -115,9 +118,8 @@ int VKCLProfile::WriteICCWithoutVKiTags(const char* outputPath) {
     if (output.isSameFile(filePath)) return 0;
     const std::vector<icTag> kept = SelectTags(false);
     if (kept.empty()) return 0;
-    const vkcl::FileContent source = vkcl::ReadWholeFile(filePath);
-    if (!source.bytes) return 0;
-    const Held held = {source.bytes.get(), 0, source.size};
+    const Held held(filePath, StretchOf(kept));
+    if (!held) return 0;
 
     // A tag that shares its data with an earlier one goes on doing so.
     std::vector<icTag> table = kept;

@@ -1,4 +1,4 @@
-// Reading a file as a whole.
+// Reading a file as a whole, or a stretch of it.
 #pragma once
 
 #include <cstddef>
@@ -20,5 +20,9 @@ struct FileContent {
 /// allocated, the headroom aside.
 FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom = 0,
                           std::uint64_t limit = UINT32_MAX);
+
+/// The bytes of a file from `begin` to `end`, as far as it holds them. `bytes` is null where
+/// ReadWholeFile would give none.
+FileContent ReadStretch(const AFilePath& path, std::uint64_t begin, std::uint64_t end);
 
 }  // namespace vkcl
