@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "handler/VKCLProfileHandler.h"
+#include "platform/profiler/TesselColorProfiler.h"
 #include "support/ImageBuilder.h"
 #include "support/PeakMemory.h"
 #include "support/SystemCalls.h"
@@ -22,7 +23,9 @@ using vkcl::testing::ImageTag;
 using vkcl::testing::Pattern;
 using vkcl::testing::ProfileHeader;
 using vkcl::testing::ProfileImage;
+using vkcl::testing::ReadFile;
 using vkcl::testing::Sig;
+using vkcl::testing::TableOf;
 using vkcl::testing::TempDir;
 using vkcl::testing::WriteFile;
 
@@ -144,6 +147,34 @@ TEST(Costs, StrippingReadsTheStretchThatIsKept) {
   EXPECT_EQ(log.Bytes(CallKind::Write), 132u + 12 + 5012);
 }
 
+// Puts options into a profile's dictionary.
+bool SetOptions(const std::string& path) {
+  void* file = CLNewFileSpecRef();
+  void* profiler = CLNewCLProfilerRef();
+  const bool done = CLName2FileSpec(file, path.c_str()) == 0 &&
+                    CLSetProfilerOption(profiler, "InkTotal", "300") == 0 &&
+                    CLExportProfilerOptions(profiler, file) == 0;
+  CLFreeCLProfilerRef(profiler);
+  CLFreeFileSpecRef(file);
+  return done;
+}
+
+TEST(Costs, TheOptionsAreReadWithoutTheRestOfTheProfile) {
+  const TempDir dir;
+  const std::string path = dir.Write("p.icc", Image(kOwn));
+  ASSERT_TRUE(SetOptions(path));
+  const ImageEntry dictionary = TableOf(ReadFile(path)).back();
+  ASSERT_EQ(dictionary.sig, Sig("meta"));
+  const VKCLProfileHandler handler(AFilePath(path), 0);
+  const CallLog log;
+  VKCLProfileOptions options;
+  ASSERT_EQ(handler.GetProfileOptions(options), 1);
+  // The start of the file, which holds the table, and the last tag.
+  EXPECT_EQ(log.Kinds(), (Kinds{CallKind::Open, CallKind::Length, CallKind::Read, CallKind::Read,
+                                CallKind::Close}));
+  EXPECT_EQ(log.Bytes(CallKind::Read), 4096u + (dictionary.size + 3) / 4 * 4);
+}
+
 #if VKCL_MEMORY_IS_MEASURABLE
 
 using vkcl::testing::PeakGrowth;
@@ -197,6 +228,11 @@ const Work kWorks[] = {
        const VKCLProfileHandler handler(AFilePath(files.own), 0);
        VKCLProfileFinishedState state = FinishedNone;
        return handler.GetVKCLProfileFinishedState(state, 0) == 1;
+     }},
+    {"Options", false,
+     [](const Profiles& files) {
+       VKCLProfileOptions options;
+       return VKCLProfileHandler(AFilePath(files.own), 0).GetProfileOptions(options) == 0;
      }},
     {"SameSize", false, [](const Profiles& files) { return Store(files.own, QX53, 1068); }},
     {"Append", true, [](const Profiles& files) { return Store(files.own, QX52, 300); }},

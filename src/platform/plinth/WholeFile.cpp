@@ -8,16 +8,11 @@
 #include "platform/plinth/LargeBlock.h"
 
 namespace vkcl {
-namespace {
-
-// Opens a regular file; its length, or -1 where it cannot be read.
 std::int64_t OpenRegular(const AFilePath& path, AFile& file) {
   std::error_code error;
   const bool isRegular = std::filesystem::is_regular_file(host::SystemPath(path.str()), error);
   return isRegular && file.open(path, AFile::Read) ? file.length() : -1;
 }
-
-}  // namespace
 
 FileContent ReadWholeFile(const AFilePath& path, std::size_t headroom, std::uint64_t limit) {
   AFile file;

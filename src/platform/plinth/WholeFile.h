@@ -5,9 +5,13 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 
 namespace vkcl {
+
+/// Opens a regular file for reading; its length, or -1 where it cannot be read or is no such file.
+std::int64_t OpenRegular(const AFilePath& path, AFile& file);
 
 struct FileContent {
   std::unique_ptr<char[]> bytes;  ///< null when the file could not be read

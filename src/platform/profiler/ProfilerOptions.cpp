@@ -7,6 +7,7 @@
 #include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/TextEncoding.h"
 #include "platform/plinth/WholeFile.h"
+#include "platform/profiler/ProfileSource.h"
 #include "platform/profiler/ProfilerObjects.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
@@ -201,9 +202,9 @@ int CLImportProfilerOptions(void* profiler, void* fileSpec) {
   const auto* spec = p::As<p::FileSpec>(fileSpec);
   if (object == nullptr || spec == nullptr) return p::kRefused;
   return p::Status([&] {
-    const vkcl::FileContent file = vkcl::ReadWholeFile(spec->path);
     const p::Context context = p::NewContext();
-    const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
+    p::ProfileSource file(spec->path);
+    const p::OpenProfile profile = file.Open(context);
     const cmsHANDLE dictionary = p::DictionaryOf(profile);
     if (dictionary == nullptr) return p::kRefused;
     p::Options options = p::OptionsIn(dictionary);
