@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
@@ -24,8 +26,9 @@ using vkcl::testing::WriteFile;
 
 constexpr int kAnyChannels = 3;
 
-// Each difference as "place|before|after".
-std::vector<std::string> Differences(const Bytes& before, const Bytes& after) {
+// Each difference as "place|before|after", until there are `most`.
+std::vector<std::string> Differences(const Bytes& before, const Bytes& after,
+                                     std::size_t most = SIZE_MAX) {
   const TempDir dir;
   WriteFile(dir.File("before.icc"), before);
   WriteFile(dir.File("after.icc"), after);
@@ -37,7 +40,7 @@ std::vector<std::string> Differences(const Bytes& before, const Bytes& after) {
       mine, other,
       [&](const Difference& difference) {
         found.push_back(difference.place + "|" + difference.before + "|" + difference.after);
-        return true;
+        return found.size() < most;
       },
       why);
   EXPECT_TRUE(compared) << why;
@@ -206,6 +209,40 @@ TEST(ProfileDiff, EndsWhenTheCallerWantsNoMore) {
   EXPECT_TRUE(CompareProfiles(
       a, b, [&](const Difference&) { return ++calls < 2; }, why));
   EXPECT_EQ(calls, 2);
+}
+
+// Pairs of profiles that differ in every way: values, their numbers, records, blocks and texts,
+// tags that only one has, and the order.
+TEST(ProfileDiff, EndsAtWhateverDifferenceTheCallerHasEnough) {
+  const auto links = [](const std::vector<std::string>& texts) { return SpotLinks(texts); };
+  const Bytes before = ProfileFile({{"QX50", SplitV2({0.25f, 0.5f})},
+                                    {"QX54", List(2, 1, {1, 2})},
+                                    {"QX55", List(1, 2, {1, 2})},
+                                    {"QX58", Payload().Text("abcd")},
+                                    {"QX69", links({"one", "two", "three"})},
+                                    {"QX75", Payload().Text("soft").Fill(1)},
+                                    {"QX76", Payload().Int(1).Int(2)},
+                                    {"cprt", Payload().Text("a")},
+                                    {"gone", Payload().Int(1)}});
+  const Bytes after = ProfileFile({{"QX50", SplitV2({0.125f, 0.75f, 1})},
+                                   {"QX54", List(3, 1, {3, 4, 5})},
+                                   {"QX55", List(2, 1, {1, 2})},
+                                   {"QX69", links({"ones", "twi"})},
+                                   {"QX58", Payload().Text("abXd")},
+                                   {"QX75", Payload().Text("hard").Fill(1)},
+                                   {"QX76", Payload().Int(3).Int(4)},
+                                   {"cprt", Payload().Text("b")},
+                                   {"come", Payload().Int(1)}});
+  const Texts all = Differences(before, after);
+  EXPECT_NE(std::find(all.begin(), all.end(), "QX50.splits|2 records|3 records"), all.end());
+  EXPECT_NE(std::find(all.begin(), all.end(), "QX54.values|2 rows of 1|3 rows of 1"), all.end());
+  EXPECT_NE(std::find(all.begin(), all.end(), "QX55.values|1 rows of 2|2 rows of 1"), all.end());
+  EXPECT_NE(std::find(all.begin(), all.end(), "QX69.links|3 blocks|2 blocks"), all.end());
+  EXPECT_TRUE(all.back().starts_with("order of the tags|"));
+  for (std::size_t most = 1; most <= all.size(); ++most) {
+    const Texts first = Differences(before, after, most);
+    EXPECT_EQ(first, Texts(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(most))) << most;
+  }
 }
 
 TEST(ProfileDiff, RefusesWhatIsNoProfile) {
