@@ -108,6 +108,13 @@ TEST(DocumentRefusal, OfOtherDocuments) {
                                     std::string(version) + R"(, "tags": {}})");
     EXPECT_TRUE(why.starts_with("formatVersion: ")) << version << ": " << why;
   }
+  EXPECT_EQ(Refusal(R"({"format": {}, "formatVersion": 1, "tags": {}})"),
+            "format: takes no object");
+  EXPECT_EQ(Refusal(R"({"format": "vkcl-private-tags", "formatVersion": {}, "tags": {}})"),
+            "formatVersion: takes no object");
+  EXPECT_EQ(Refusal(R"({"format": "vkcl-private-tags", "formatVersion": 1, "profile": 1,
+                        "tags": {}})"),
+            "profile: takes an object");
   EXPECT_NE(Refusal(R"({"formatVersion": 1, "tags": {}})"), "accepted");
   EXPECT_NE(Refusal(R"({"format": "vkcl-private-tags", "tags": {}})"), "accepted");
   EXPECT_NE(Refusal(R"({"format": "vkcl-private-tags", "formatVersion": 1})"), "accepted");
@@ -270,6 +277,21 @@ TEST(DocumentRefusal, OfTextsThatDoNotFit) {
   std::string lines = R"({"bytes": [)";
   for (int i = 0; i < 43; ++i) lines += (i > 0 ? R"(, "YWFh")" : R"("YWFh")");
   EXPECT_NE(with(lines + "]}").find("Make"), std::string::npos) << "129 bytes";
+}
+
+TEST(DocumentRefusal, OfZerosWithinATextWhichWouldEndIt) {
+  const std::string why = "takes no zero within a text; give it as \"bytes\"";
+  EXPECT_EQ(OfTag("QX75", R"({"text": "so\u0000ft"})"), "tags.QX75.text: " + why);
+  EXPECT_EQ(OfTag("QX75", R"({"text": "\u0000"})"), "tags.QX75.text: " + why);
+  EXPECT_EQ(OfTag("QX75", R"({"text": "soft"})"), "accepted");
+}
+
+TEST(DocumentRefusal, OfProblemsThatAreNoText) {
+  EXPECT_EQ(OfTag("QX75", R"({"problem": [], "payload": []})"), "tags.QX75.problem: takes a text");
+  EXPECT_EQ(OfTag("QX75", R"({"problem": {}, "payload": []})"),
+            "tags.QX75.problem: takes no object");
+  EXPECT_EQ(OfTag("QX75", R"({"problem": "any", "payload": {}})"),
+            "tags.QX75.payload: takes no object");
 }
 
 // Fields.
