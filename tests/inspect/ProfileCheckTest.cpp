@@ -219,6 +219,26 @@ TEST(ProfileCheck, MissesEveryTagThatAClassAsksFor) {
   EXPECT_EQ(FindingsText(CheckBytes(ImageOf(table, "B2A0"))), "warning tags.missing B2A0 6.3.2");
 }
 
+// ICC.1:2001-04, 6.1.5: '2CLR' to '9CLR', then 'ACLR' to 'FCLR'.
+TEST(ProfileCheck, KnowsHowManyChannelsAColourSpaceHas) {
+  const auto said = [](const char(&space)[5], std::uint8_t channels) {
+    const Bytes header = CleanHeader(Sig("prtr"), Sig(space), Sig("Lab "));
+    return FindingsText(CheckBytes(WithTag(Sig("A2B0"), Lut8(channels, 3), header)));
+  };
+  const std::string wrong = "error tag.lut-spaces A2B0 6.5.8";
+  const auto holds = [&](const std::string& text) { return text.find(wrong) != std::string::npos; };
+  EXPECT_FALSE(holds(said("2CLR", 2)));
+  EXPECT_TRUE(holds(said("2CLR", 3)));
+  EXPECT_FALSE(holds(said("9CLR", 9)));
+  EXPECT_TRUE(holds(said("9CLR", 8)));
+  EXPECT_FALSE(holds(said("ACLR", 10)));
+  EXPECT_TRUE(holds(said("ACLR", 1)));
+  EXPECT_FALSE(holds(said("FCLR", 15)));
+  EXPECT_TRUE(holds(said("FCLR", 14)));
+  EXPECT_FALSE(holds(said("ZCLR", 5))) << "no space that is known";
+  EXPECT_FALSE(holds(said("2COL", 5))) << "no space that is known";
+}
+
 TEST(ProfileCheck, ReadsLittleOfALargeFile) {
   const TempDir dir;
   const std::string path = dir.Write("a.icc", CleanImage());
