@@ -75,7 +75,18 @@ TEST(AFile, WithoutAFileNothingMoves) {
   EXPECT_EQ(file.length(), -1);
   EXPECT_FALSE(file.seek(0));
   EXPECT_FALSE(file.setLength(0));
+  EXPECT_FALSE(file.sync());
+  EXPECT_FALSE(file.tryLock());
+  EXPECT_FALSE(file.hasName());
   EXPECT_TRUE(file.close());
+}
+
+TEST(AFile, OpensNothingThatIsNeitherReadNorWritten) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", {1, 2});
+  AFile file;
+  for (const int flags : {0, 256, 512}) EXPECT_FALSE(file.open(path, flags)) << flags;
+  EXPECT_EQ(ReadFile(path), (Bytes{1, 2}));
 }
 
 TEST(AFile, AReadOnlyFileRefusesWritesAndAWriteOnlyFileReads) {
