@@ -913,6 +913,8 @@ const std::vector<std::string> kForgiven = {
     "<r><?xml version='1.0'?></r>",
     "<r><?XML x?></r>",
     "<r/><?xml version='1.0'?>",
+    "&#32;<r/>",
+    "<![CDATA[ ]]><r/>",
     " <?xml version='1.0'?><r/>",
     "<?xml version='1.0'?><?xml version='1.0'?><r/>",
     "<?xml?><r/>",
