@@ -1,0 +1,211 @@
+#!/usr/bin/env python3
+"""Changes the library in one place at a time and counts the changes that no test notices.
+
+usage: mutate.py [AREA|FILE] [COUNT] [SEED] [--jobs N]
+
+AREA is store, payloads, colormodes, target, all (the default), or `again` for what survived in the
+last run. COUNT is the size of the sample of each area or of the file, 0 for everything. The exit
+code is 0 when in each area at least 90 of 100 changes are noticed, leaving out those that
+survivors.txt names.
+"""
+
+import argparse
+import json
+import os
+import queue
+import random
+import signal
+import sys
+import tempfile
+import time
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+import areas
+import survivors
+from mutants import mutants
+from trial import Bench, stop_all
+from tree import Failure, Tree
+
+ROOT = Path(__file__).resolve().parents[2]
+WORK = ROOT / 'build' / 'mutation'
+LAST = WORK / 'last.json'
+SHORT_LIVED = '/dev/shm'  # memory: the tests wait for what they write to be on the disk
+LEAST_SHARE = 0.9
+COLUMNS = ('made', 'broken', 'identical', 'repeated', 'noticed', 'survived', 'known')
+
+
+def sources_in(tree, patterns):
+    found = [p for pattern in patterns for p in sorted(tree.source.glob(pattern))]
+    return [str(p.relative_to(tree.source)) for p in found]
+
+
+def work_of(tree, what):
+    """Names, sources and tests of what is to be looked at."""
+    if what in ('all', 'again'):
+        return [(name, sources_in(tree, area['sources']), area['tests'])
+                for name, area in areas.AREAS.items()]
+    if what in areas.AREAS:
+        area = areas.AREAS[what]
+        return [(what, sources_in(tree, area['sources']), area['tests'])]
+    if not (tree.source / what).is_file():
+        raise Failure(f'{what} is no area, and no file of the project')
+    for area in areas.AREAS.values():
+        if what in sources_in(tree, area['sources']):
+            return [(what, [what], area['tests'])]
+    return [(what, [what], areas.tests_of(what))]
+
+
+def area_sources(tree, name, sources):
+    """What is compiled anew for a change of a header: the area's sources, or all of them."""
+    if name in areas.AREAS:
+        return sources
+    return sources_in(tree, ['src/**/*.cpp'])
+
+
+def sample_of(texts, count, seed, again):
+    found = [m for path, text in texts.items() for m in mutants(path, text)]
+    if again is not None:
+        return [m for m in found if m.key in again]
+    if count and count < len(found):
+        found = random.Random(seed).sample(found, count)
+    return sorted(found, key=lambda m: (m.path, m.start, m.end, m.text))
+
+
+class Progress:
+    def __init__(self, total):
+        self.total, self.done, self.survived, self.start = total, 0, 0, time.monotonic()
+
+    def show(self, mutant, outcome):
+        self.done += 1
+        if outcome == 'survived':
+            self.survived += 1
+            print(f'\rsurvived: {mutant.path}:{mutant.line}\n{mutant.after}', file=sys.stderr)
+        pace = (time.monotonic() - self.start) / self.done
+        if sys.stderr.isatty() or self.done % 20 == 0:
+            print(f'\r{self.done} of {self.total}, {self.survived} survived, {pace:.1f} s each ',
+                  end='' if sys.stderr.isatty() else '\n', file=sys.stderr, flush=True)
+
+
+def try_all(bench, sample, texts, jobs):
+    """Outcome and noticing test of each mutant, in the order of the sample."""
+    places = queue.SimpleQueue()
+    for i in range(jobs):
+        places.put(bench.place(f'worker{i}'))
+    progress = Progress(len(sample))
+
+    def one(mutant):
+        place = places.get()
+        try:
+            outcome = bench.try_one(place, mutant, texts[mutant.path])
+        finally:
+            places.put(place)
+        progress.show(mutant, outcome[0])
+        return outcome
+
+    with ThreadPoolExecutor(jobs) as pool:
+        try:
+            return list(pool.map(one, sample))
+        except BaseException:
+            pool.shutdown(wait=False, cancel_futures=True)
+            stop_all()
+            raise
+
+
+def share(noticed, missed):
+    return noticed / (noticed + missed) if noticed + missed else 1.0
+
+
+def print_counts(name, counts):
+    part = '-'
+    if counts['noticed'] + counts['survived']:
+        part = f"{100 * share(counts['noticed'], counts['survived']):.1f} %"
+    print(f'{name:<44}' + ''.join(f'{counts[c]:>10}' for c in COLUMNS) + f'{part:>10}')
+
+
+def report(name, sample, outcomes, known):
+    """Prints an area; its share without the known survivors."""
+    by_file, missed, forgiven, stale = {}, [], [], []
+    for mutant, (outcome, test) in zip(sample, outcomes):
+        counts = by_file.setdefault(mutant.path, dict.fromkeys(COLUMNS, 0))
+        counts['made'] += 1
+        if outcome == 'survived' and mutant.key in known:
+            outcome = 'known'
+            forgiven.append(mutant)
+        elif outcome == 'survived':
+            missed.append(mutant)
+        elif outcome == 'noticed' and mutant.key in known:
+            stale.append((mutant, test))
+        counts[outcome] += 1
+    total = {c: sum(counts[c] for counts in by_file.values()) for c in COLUMNS}
+    print(f"\n{name:<44}" + ''.join(f'{c:>10}' for c in COLUMNS) + f"{'share':>10}")
+    for path, counts in by_file.items():
+        print_counts(path, counts)
+    print_counts('together', total)
+    with_known = share(total['noticed'], total['survived'] + total['known'])
+    print(f'share with the known survivors: {100 * with_known:.1f} %')
+    for mutant in forgiven:
+        print(f'\nknown: {mutant.path}:{mutant.line}\n- {mutant.before}\n+ {mutant.after}\n'
+              f'  {known[mutant.key]}')
+    for mutant, test in stale:
+        print(f'\nlisted as a survivor, yet noticed by {test}: {survivors.show(mutant)}')
+    for mutant in missed:
+        print(f'\nSURVIVED: {mutant.path}:{mutant.line}\n- {mutant.before}\n+ {mutant.after}')
+    return share(total['noticed'], total['survived']), missed
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument('what', nargs='?', default='all', metavar='AREA|FILE')
+    parser.add_argument('count', nargs='?', type=int, default=100, metavar='COUNT')
+    parser.add_argument('seed', nargs='?', type=int, default=1, metavar='SEED')
+    parser.add_argument('--jobs', type=int, default=os.cpu_count() or 1)
+    return parser.parse_args()
+
+
+def main():
+    options = arguments()
+    known = survivors.read(Path(__file__).resolve().parent / 'survivors.txt')
+    tree = Tree(ROOT, WORK)
+    again = None
+    if options.what == 'again':
+        again = {tuple(key) for key in json.loads(LAST.read_text())['survived']}
+    shares, survived, noticed = {}, [], {}
+    for name, sources, tests in work_of(tree, options.what):
+        texts = {path: (tree.source / path).read_text() for path in sources}
+        sample = sample_of(texts, options.count, options.seed, again)
+        if not sample:
+            continue
+        print(f'{name}: {len(sample)} changes, seed {options.seed}', flush=True)
+        memory = SHORT_LIVED if os.path.isdir(SHORT_LIVED) else None
+        with tempfile.TemporaryDirectory(prefix='vkcl-mutate-', dir=memory) as run:
+            os.chmod(run, 0o755)  # some tests go on as another user
+            bench = Bench(tree, area_sources(tree, name, sources), tests, Path(run))
+            outcomes = try_all(bench, sample, texts, options.jobs)
+        shares[name], missed = report(name, sample, outcomes, known)
+        survived += [m.key for m in missed]
+        for _, test in outcomes:
+            noticed[test] = noticed.get(test, 0) + 1
+    LAST.write_text(json.dumps({'survived': survived, 'noticed_by': noticed}, indent=1))
+    print()
+    for name, value in shares.items():
+        print(f'{name}: {100 * value:.1f} % noticed')
+    return 0 if all(value >= LEAST_SHARE for value in shares.values()) else 1
+
+
+def stop(*_):
+    raise KeyboardInterrupt
+
+
+if __name__ == '__main__':
+    signal.signal(signal.SIGTERM, stop)
+    signal.signal(signal.SIGINT, stop)  # also where the shell has it ignored
+    try:
+        sys.exit(main())
+    except Failure as failure:
+        sys.exit(f'mutate: {failure}')
+    except KeyboardInterrupt:
+        sys.exit('mutate: stopped')
