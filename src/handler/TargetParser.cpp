@@ -81,7 +81,6 @@ TargetRule ReadFields(std::string_view text, std::size_t start, std::size_t end,
   std::int32_t count = 0;
   for (std::size_t position = start; position < end;) {
     const std::string_view word = FirstWord(From(text, position));
-    if (word.empty()) break;
     if (const MeasurementField* field = MeasurementOf(word)) {
       if (!SetColors(device, count) || !SetColors(measurement, field->values)) {
         return TargetRule::TooLarge;
