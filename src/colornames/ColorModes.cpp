@@ -143,6 +143,7 @@ std::uint32_t FlagsOf(const AStringArray& names, std::uint32_t present,
   return flags;
 }
 
+// The caller drops the ordered names when there is no mode.
 int Recognize(const AStringArray& names, AStringArray& orderedNames) {
   const std::uint32_t present = ColorantsIn(names);
   if (names.size() == 1 && (present & (Black | Gray)) != 0) {
@@ -157,7 +158,6 @@ int Recognize(const AStringArray& names, AStringArray& orderedNames) {
   if (static_cast<std::size_t>(ChannelsOfFlags(flags)) == names.size()) {
     return static_cast<int>(flags);
   }
-  orderedNames.removeAll();
   return 0;
 }
 
