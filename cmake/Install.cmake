@@ -28,7 +28,8 @@ set(vkcl_internal_headers
     platform/axml/XmlText.h platform/plinth/Base64.h platform/plinth/FileRewrite.h platform/plinth/HexText.h
     platform/plinth/NumberText.h platform/plinth/SiblingFile.h
     platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
-    platform/plinth/LargeBlock.h platform/profiler/ContextMemory.h platform/profiler/ProfileSource.h
+    platform/plinth/LargeBlock.h platform/profiler/ContextMemory.h platform/profiler/DictionaryCheck.h
+    platform/profiler/ProfileSource.h
     platform/profiler/ProfilerObjects.h vsd/VSDElements.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")

@@ -15,10 +15,6 @@
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
-
 namespace {
 
 using vkcl::testing::Big32At;
@@ -806,10 +802,6 @@ TEST(ProfilerImport, OfADictionaryCutAnywhereGivesTheWholeValueOrNone) {
 }
 
 TEST(ProfilerImport, OfADamagedDictionaryDoesNoHarm) {
-#if defined(__SANITIZE_ADDRESS__)
-  // Little CMS 2.14 forgets what it had read of a dictionary that it then refuses.
-  const __lsan::ScopedDisabler forgiven;
-#endif
   const TempDir dir;
   const Bytes whole = ReadFile(WithDictionary(
       dir, "srgb.icc", {{L"InkTotal", L"310", true}, {L"Foreign", L"x"}, {L"BlackStart", L"0"}}));

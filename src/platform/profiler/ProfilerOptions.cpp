@@ -7,6 +7,7 @@
 #include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/TextEncoding.h"
 #include "platform/plinth/WholeFile.h"
+#include "platform/profiler/DictionaryCheck.h"
 #include "platform/profiler/ProfileSource.h"
 #include "platform/profiler/ProfilerObjects.h"
 #include "platform/profiler/TesselColorProfiler.h"
@@ -30,9 +31,47 @@ struct DictionaryDeleter {
 };
 using Dictionary = std::unique_ptr<void, DictionaryDeleter>;
 
-// The dictionary of a profile, which keeps it; null without one.
-cmsHANDLE DictionaryOf(const OpenProfile& profile) {
-  return profile ? cmsReadTag(profile.get(), cmsSigMetaTag) : nullptr;
+constexpr std::size_t kTableStart = 132;
+constexpr std::size_t kEntrySize = 12;
+constexpr cmsUInt32Number kLargestElement = cmsUInt32Number{64} << 20;
+
+// The dictionary element of a profile; empty without one, and for one that Little CMS must not see.
+Bytes DictionaryElement(const OpenProfile& profile) {
+  const cmsUInt32Number size =
+      profile ? cmsReadRawTag(profile.get(), cmsSigMetaTag, nullptr, 0) : 0;
+  if (size == 0 || size > kLargestElement) return {};
+  Bytes element(size);
+  const bool read = cmsReadRawTag(profile.get(), cmsSigMetaTag, element.data(), size) == size;
+  return read && IsSoundDictionary(element) ? element : Bytes();
+}
+
+// A profile that holds a dictionary element and nothing else.
+Bytes CarrierOf(const Bytes& element) {
+  constexpr std::size_t kStart = kTableStart + kEntrySize;
+  Bytes carrier(kStart);
+  carrier.insert(carrier.end(), element.begin(), element.end());
+  StoreBig32(&carrier[0], static_cast<std::uint32_t>(carrier.size()));
+  StoreBig32(&carrier[8], 0x04300000);
+  StoreBig32(&carrier[36], cmsMagicNumber);
+  StoreBig32(&carrier[128], 1);
+  StoreBig32(&carrier[kTableStart], cmsSigMetaTag);
+  StoreBig32(&carrier[kTableStart + 4], kStart);
+  StoreBig32(&carrier[kTableStart + 8], static_cast<std::uint32_t>(element.size()));
+  return carrier;
+}
+
+// The dictionary of a profile, in a profile of its own: Little CMS reads the very bytes that were
+// looked at, and keeps their order. Null without a sound one.
+OpenProfile DictionaryOf(const Context& context, const OpenProfile& profile) {
+  const Bytes element = DictionaryElement(profile);
+  if (element.empty()) return nullptr;
+  const Bytes bytes = CarrierOf(element);
+  return OpenBytes(context, bytes.data(), bytes.size());
+}
+
+// Its entries, as long as the profile is open; null where there are none.
+cmsHANDLE EntriesIn(const OpenProfile& dictionary) {
+  return dictionary ? cmsReadTag(dictionary.get(), cmsSigMetaTag) : nullptr;
 }
 
 std::string NameOf(const cmsDICTentry& entry) {
@@ -114,9 +153,6 @@ Bytes TagData(const Context& context, const Dictionary& dictionary) {
                 static_cast<cmsUInt32Number>(data.size()));
   return data;
 }
-
-constexpr std::size_t kTableStart = 132;
-constexpr std::size_t kEntrySize = 12;
 
 struct Entry {
   std::uint32_t sig;
@@ -205,9 +241,10 @@ int CLImportProfilerOptions(void* profiler, void* fileSpec) {
     const p::Context context = p::NewContext();
     p::ProfileSource file(spec->path);
     const p::OpenProfile profile = file.Open(context);
-    const cmsHANDLE dictionary = p::DictionaryOf(profile);
-    if (dictionary == nullptr) return p::kRefused;
-    p::Options options = p::OptionsIn(dictionary);
+    const p::OpenProfile dictionary = p::DictionaryOf(context, profile);
+    const cmsHANDLE entries = p::EntriesIn(dictionary);
+    if (entries == nullptr) return p::kRefused;
+    p::Options options = p::OptionsIn(entries);
     if (options.empty()) return p::kRefused;
     object->options = std::move(options);
     return p::kDone;
@@ -246,7 +283,8 @@ int CLExportProfilerOptions(void* profiler, void* fileSpec) {
     const p::Context context = p::NewContext();
     const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
     if (!profile) return p::kRefused;
-    const p::Dictionary merged = p::Merged(context, p::DictionaryOf(profile), object->options);
+    const p::OpenProfile old = p::DictionaryOf(context, profile);
+    const p::Dictionary merged = p::Merged(context, p::EntriesIn(old), object->options);
     return p::ReplaceDictionary(spec->path, file, p::TagData(context, merged));
   });
 }
