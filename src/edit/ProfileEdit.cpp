@@ -124,6 +124,15 @@ class ProfileEdit::Work {
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
 
+  // Whether the copy holds all that it is to hold.
+  bool CopyIsWhole() const {
+    const VKCLProfile after(copy->path(), before.channelCount);
+    const FileContent changed = ReadWholeFile(copy->path());
+    return changed.bytes && after.isValidICC() != 0 &&
+           FixedHeader(content) == FixedHeader(changed) &&
+           SameStandardTags(before, content, after, changed) && HoldsPrivateTags(after, changed);
+  }
+
   VKCLProfile before;
   FileContent content;  // of the profile
   std::optional<SiblingFile> copy;
@@ -225,12 +234,7 @@ EditState ProfileEdit::Finish() {
   const auto isChanged = [&] {
     return !SameBytes(ReadWholeFile(work.before.filePath), work.content);
   };
-  const VKCLProfile after(work.copy->path(), work.before.channelCount);
-  const FileContent changed = ReadWholeFile(work.copy->path());
-  const bool whole = changed.bytes && after.isValidICC() != 0 &&
-                     FixedHeader(work.content) == FixedHeader(changed) &&
-                     SameStandardTags(work.before, work.content, after, changed) &&
-                     HoldsPrivateTags(after, changed);
+  const bool whole = work.CopyIsWhole();
   // A copy that was made while somebody wrote is a mixture.
   if (!whole) return isChanged() ? EditState::Changed : EditState::Damaged;
   if (!work.copy->settle()) return isChanged() ? EditState::Changed : EditState::NotPlaced;
