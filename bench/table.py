@@ -67,10 +67,16 @@ def verdict(goal, ours, floor):
     return f"{goal:g}: " + ("met" if ours / floor <= goal else "missed")
 
 
+def natural(name):
+    """By which names with numbers are in order."""
+    return [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", name)]
+
+
 def time_rows(times, costs):
     goals = {cost["name"]: cost["goal"] for cost in costs}
     order = [cost["name"] for cost in costs]
-    names = sorted(times, key=lambda name: order.index(name) if name in order else len(order))
+    names = sorted(times, key=lambda name: (order.index(name) if name in order else len(order),
+                                            "floor" not in times[name], natural(name)))
     for name in names:
         row = times[name]
         floor, lcms, ours = (row.get(way) for way in WAYS)
@@ -123,10 +129,10 @@ def machine():
 
 
 def put(page, marker, text):
-    pattern = re.compile(f"(<!-- {marker} -->\n).*?(\n<!-- /{marker} -->)", re.DOTALL)
+    pattern = re.compile(f"(<!-- {marker} -->\n).*?(<!-- /{marker} -->)", re.DOTALL)
     if not pattern.search(page):
         sys.exit(f"there are no markers {marker}")
-    return pattern.sub(lambda found: found.group(1) + text + found.group(2), page)
+    return pattern.sub(lambda found: found.group(1) + text + "\n" + found.group(2), page)
 
 
 def main():

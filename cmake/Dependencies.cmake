@@ -49,7 +49,8 @@ else()
                              "$<BUILD_INTERFACE:${nlohmann_json_SOURCE_DIR}/include>")
 endif()
 
-if(VKCL_PROFILER_LIBRARY AND NOT VKCL_BUILD_TESTS AND NOT VKCL_BUILD_EXAMPLES)
+if(VKCL_PROFILER_LIBRARY AND NOT VKCL_BUILD_TESTS AND NOT VKCL_BUILD_EXAMPLES
+   AND NOT VKCL_BUILD_BENCH)
   return()  # nobody asks for Little CMS 2
 endif()
 
