@@ -115,7 +115,6 @@ std::string AppendValue(FieldType type, bool isString, std::string_view text,
 RecordValue::RecordValue() = default;
 RecordValue::~RecordValue() = default;
 RecordValue::RecordValue(RecordValue&& other) noexcept = default;
-RecordValue& RecordValue::operator=(RecordValue&& other) noexcept = default;
 
 FieldValue* RecordValue::Add(const FieldSchema& field) {
   if (Find(field.name) != nullptr) return nullptr;

@@ -35,7 +35,6 @@ class RecordValue {
   RecordValue();
   ~RecordValue();
   RecordValue(RecordValue&& other) noexcept;
-  RecordValue& operator=(RecordValue&& other) noexcept;
 
   /// The value of a field that was not given before; null when it was.
   FieldValue* Add(const FieldSchema& field);
