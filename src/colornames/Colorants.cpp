@@ -65,6 +65,4 @@ const InkSet* FindInkSet(std::int32_t mode) {
   return found != end && found->mode == mode ? found : nullptr;
 }
 
-std::span<const InkSet> InkSets() { return kInkSets; }
-
 }  // namespace vkcl

@@ -86,7 +86,4 @@ struct InkSet {
 /// The set with that code; null for codes of none.
 const InkSet* FindInkSet(std::int32_t mode);
 
-/// All sets, in the order of their codes.
-std::span<const InkSet> InkSets();
-
 }  // namespace vkcl
