@@ -3,6 +3,7 @@
 
 #include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "inspect/Pages.h"
@@ -27,6 +28,7 @@ using vkcl::testing::ProfileFile;
 using vkcl::testing::ProfileHeader;
 using vkcl::testing::ProfileImage;
 using vkcl::testing::RawImage;
+using vkcl::testing::SamplePayload;
 using vkcl::testing::SetBig32;
 using vkcl::testing::Sig;
 using vkcl::testing::SingleLimits;
@@ -208,6 +210,48 @@ TEST(ReportOfDescriptions, TakesCharactersOfTwoUnits) {
                     "<bdi>\xEF\xBF\xBD"
                     "C<"));
   EXPECT_TRUE(Holds(PageDescribed({0, 'D', 0xD8, 0x3D}), "<bdi>D\xEF\xBF\xBD<"));
+}
+
+TEST(ReportOfDescriptions, TakesNothingFromBrokenOnes) {
+  const auto isShown = [](const Bytes& element) {
+    const std::string page = PageOf(ProfileImage(
+        ProfileHeader(),
+        {{Sig("desc"), element}, {Sig("QX74"), vkcl::testing::DataTag({1, 0, 0, 0})}}));
+    return Holds(page, "<dt>Description</dt>");
+  };
+  const Bytes head = {'m', 'l', 'u', 'c', 0, 0, 0, 0};
+  const Bytes good = vkcl::testing::Join({head, Multilingual({0, 'A'})});
+  EXPECT_TRUE(isShown(good));
+  Bytes none = good;
+  SetBig32(none, 8, 0);  // its number of texts
+  EXPECT_FALSE(isShown(none));
+  Bytes beyond = good;
+  SetBig32(beyond, 24, 30);  // where the text begins
+  EXPECT_FALSE(isShown(beyond));
+  EXPECT_FALSE(isShown(Bytes(good.begin(), good.begin() + 20)));
+  EXPECT_FALSE(isShown({'d', 'e', 's', 'c'}));
+  EXPECT_FALSE(isShown({'d', 'e', 's', 'c', 0, 0, 0, 0, 0, 0, 0, 1}));
+  EXPECT_FALSE(isShown({'c', 'u', 'r', 'v', 0, 0, 0, 0, 0, 0, 0, 1, 'A', 0, 0, 0}));
+  EXPECT_TRUE(isShown({'d', 'e', 's', 'c', 0, 0, 0, 0, 0, 0, 0, 2, 'A', 0, 0, 0}));
+}
+
+TEST(ReportOfSections, HasThoseOfWhichItHoldsATag) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> sections = {
+      {"Ink limits", {"QX51", "QX52", "QX68"}},
+      {"Ink split", {"QX50"}},
+      {"Linearisation", {"QX54", "QX55", "QX72", "QX73"}},
+      {"Gray balance", {"QX56", "QX57"}},
+      {"Characterisation", {"QX59", "QX60"}},
+      {"Settings", {"QX53", "QX58", "QX74"}},
+  };
+  for (const auto& [title, signatures] : sections) {
+    for (const std::string& signature : signatures) {
+      const std::string page = PageOf(ProfileFile({{signature, SamplePayload(signature)}}));
+      for (const auto& [other, unused] : sections) {
+        EXPECT_EQ(Holds(page, "<h3>" + other + "</h3>"), other == title) << signature << other;
+      }
+    }
+  }
 }
 
 }  // namespace
