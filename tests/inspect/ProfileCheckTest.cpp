@@ -219,6 +219,19 @@ TEST(ProfileCheck, MissesEveryTagThatAClassAsksFor) {
   EXPECT_EQ(FindingsText(CheckBytes(ImageOf(table, "B2A0"))), "warning tags.missing B2A0 6.3.2");
 }
 
+TEST(ProfileCheck, KnowsLeapYears) {
+  const auto isDate = [](std::uint32_t year) {
+    Bytes image = CleanImage();
+    const Bytes date = Join({Big16(year), Big16(2), Big16(29)});
+    std::copy(date.begin(), date.end(), image.begin() + 24);
+    return FindingsText(CheckBytes(image)).find("header.date") == std::string::npos;
+  };
+  EXPECT_TRUE(isDate(2000));
+  EXPECT_TRUE(isDate(2004));
+  EXPECT_FALSE(isDate(2001));
+  EXPECT_FALSE(isDate(2100));
+}
+
 // ICC.1:2001-04, 6.1.5: '2CLR' to '9CLR', then 'ACLR' to 'FCLR'.
 TEST(ProfileCheck, KnowsHowManyChannelsAColourSpaceHas) {
   const auto said = [](const char(&space)[5], std::uint8_t channels) {
