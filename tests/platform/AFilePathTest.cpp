@@ -14,6 +14,7 @@ TEST(AFilePath, ExtensionIsWhatFollowsTheLastDotOfTheLastComponent) {
   EXPECT_EQ(AFilePath("/a/b.TMP").getExtension(), ".TMP");
   EXPECT_EQ(AFilePath("/a/b.").getExtension(), ".");
   EXPECT_EQ(AFilePath("").getExtension(), "");
+  EXPECT_EQ(AFilePath(static_cast<const char*>(nullptr)).getExtension(), "");
   EXPECT_EQ(AFilePath("/a.b/").getExtension(), "");
 }
 

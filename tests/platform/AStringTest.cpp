@@ -1,5 +1,6 @@
 #include "platform/plinth/AString.h"
 
+#include "platform/mfc/CString.h"
 #include "platform/plinth/AStringArray.h"
 
 namespace {
@@ -9,6 +10,8 @@ TEST(AString, KeepsBytesAsTheyAre) {
   EXPECT_EQ(text.length(), 4u);
   EXPECT_EQ(text.str(), std::string("a\0b\xFF", 4));
   EXPECT_EQ(AString(nullptr).length(), 0u);
+  EXPECT_EQ(CString(nullptr).GetLength(), 0);
+  EXPECT_STREQ(CString("Gold").GetString(), "Gold");
   EXPECT_TRUE(AString().empty());
 }
 
