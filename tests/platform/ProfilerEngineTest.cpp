@@ -352,6 +352,34 @@ TEST(ProfilerLink16, ThatCannotBeBuiltStaysAsItIs) {
   }
 }
 
+// Between profiles that are valid and say nothing of their colours.
+TEST(ProfilerLink16, OfProfilesWithoutTablesIsNotBuilt) {
+  const Bytes good = RgbToCmyk16();
+  const Link16 link;
+  ASSERT_EQ(CLLoadLink16FromMemory(link, good.data(), Length(good)), 0);
+  Bytes image = Slice(ReadFile(RealProfile("default_cmyk.icc")), 0, 132);
+  std::fill(image.begin() + 128, image.end(), static_cast<unsigned char>(0));  // no tags
+  std::copy_n("\0\0\0\x84", 4, image.begin());
+  const Profile bare(image);
+  const Profile loaded(ReadFile(RealProfile("srgb.icc")));
+  for (const auto& [source, destination] :
+       {std::pair<void*, void*>(loaded, bare), {bare, loaded}}) {
+    EXPECT_NE(CLBuildLink16(link, source, destination, 1), 0);
+    EXPECT_TRUE(SameBytes(Saved16(link), good));
+  }
+}
+
+TEST(ProfilerLink16, NeedsAPlaceForTheLengthThatIsAskedForAndForTheBytes) {
+  const Bytes bytes = RgbToCmyk16();
+  const Link16 link;
+  ASSERT_EQ(CLLoadLink16FromMemory(link, bytes.data(), Length(bytes)), 0);
+  EXPECT_NE(CLSaveLink16ToMemory(link, nullptr, 0, nullptr), 0);
+  unsigned int size = 0;
+  EXPECT_NE(CLSaveLink16ToMemory(link, nullptr, Length(bytes), &size), 0);
+  EXPECT_EQ(CLSaveLink16ToMemory(link, nullptr, 0, &size), 0);
+  EXPECT_EQ(size, Length(bytes));
+}
+
 TEST(ProfilerLink16, IsNotALinkOf8Bits) {
   const Bytes bytes8 = RgbToCmyk8();
   const Profile source(ReadFile(RealProfile("srgb.icc")));
