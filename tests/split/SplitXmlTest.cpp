@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "platform/axml/AXMLTree.h"
 #include "split/SplitParam.h"
@@ -351,6 +352,17 @@ TEST(SplitXml, OfNoElementIsNotSaved) {
   AXMLTreeNode nothing;
   EXPECT_EQ(split.Serialize(document.tree, nothing, 0), 0);
   EXPECT_EQ(document.root.GetChildCount(), 0);
+}
+
+TEST(SplitXml, OfMoreRecordsThanCanBeLoadedIsNotSaved) {
+  Document document;
+  SplitParam split;
+  std::vector<SplitTypeV2> records(1025);
+  ASSERT_EQ(split.InitSplitParam(2, 1025, records.data()), 1);
+  EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 0);
+  EXPECT_EQ(document.root.GetChildCount(), 0);
+  ASSERT_EQ(split.InitSplitParam(2, 1024, records.data()), 1);
+  EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 1);
 }
 
 TEST(SplitXml, OfASetWithoutItsRecordsEndsWell) {
