@@ -10,6 +10,7 @@
 
 #include "handler/VKCLProfileHandler.h"
 #include "platform/profiler/TesselColorProfiler.h"
+#include "support/Counts.h"
 #include "support/PeakMemory.h"
 #include "support/RealProfiles.h"
 #include "support/SystemCalls.h"
@@ -613,6 +614,7 @@ class Locale {
       const std::string result = std::setlocale(LC_ALL, "") != nullptr ? run() : "failed";
       const bool told =
           ::write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
+      vkcl::testing::SaveCounts();
       ::_exit(told ? 0 : 1);
     }
     ::close(ends[1]);

@@ -7,6 +7,8 @@
 #include <clocale>
 #include <cstdlib>
 
+#include "support/Counts.h"
+
 namespace vkcl::testing {
 
 Utf8Host::Utf8Host() {
@@ -41,6 +43,7 @@ std::string MadeLocale::Run(const std::function<std::string()>& run) const {
     const std::string result = std::setlocale(LC_ALL, "") != nullptr ? run() : "failed";
     const bool told =
         ::write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
+    SaveCounts();
     ::_exit(told ? 0 : 1);
   }
   ::close(ends[1]);

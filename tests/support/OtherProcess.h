@@ -18,6 +18,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/Counts.h"
+
 namespace vkcl::testing {
 
 /// The exit code of a child; -1 when a signal ended it, -2 when there is none.
@@ -32,10 +34,12 @@ inline int ExitCodeOf(pid_t child) {
 template <class Body>
 int InChild(const Body& body) {
   std::fflush(nullptr);
+  const uid_t user = ::geteuid();
   const pid_t child = ::fork();
   if (child == 0) {
     const int code = body();
     std::fflush(nullptr);
+    if (::geteuid() == user) SaveCounts();  // another one may not write them
     ::_exit(code);
   }
   return ExitCodeOf(child);
@@ -89,6 +93,7 @@ class OtherProcess {
         if (::write(ready[1], &byte, 1) != 1 || ::read(go[0], &byte, 1) < 0) ::_exit(99);
       });
       std::fflush(nullptr);
+      SaveCounts();
       ::_exit(code);
     }
     ::close(ready[1]);
