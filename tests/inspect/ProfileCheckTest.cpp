@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -276,9 +276,9 @@ TEST(ProfileCheck, OfALongTableIsQuickAndSaysHowMuchMoreThereIs) {
   }
   const TempDir dir;
   const AFilePath path(dir.Write("a.icc", image));
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();  // of the processor: others are at work on the machine
   const std::vector<Finding> findings = CheckProfile(path);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
   const auto more = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
     return finding.text == "19900 more findings of this rule";
   });
