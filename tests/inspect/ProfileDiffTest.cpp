@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/RealProfiles.h"
+#include "support/SystemCalls.h"
 #include "support/TagFile.h"
 #include "support/TempDir.h"
 
@@ -18,6 +19,8 @@ namespace {
 using vkcl::CompareProfiles;
 using vkcl::Difference;
 using vkcl::testing::Bytes;
+using vkcl::testing::Fault;
+using vkcl::testing::FaultAt;
 using vkcl::testing::FileTag;
 using vkcl::testing::Payload;
 using vkcl::testing::ProfileFile;
@@ -256,6 +259,28 @@ TEST(ProfileDiff, RefusesWhatIsNoProfile) {
   EXPECT_EQ(why, "the second profile cannot be read");
   EXPECT_FALSE(CompareProfiles(none, a, sink, why));
   EXPECT_EQ(why, "the first profile cannot be read");
+}
+
+TEST(ProfileDiff, SaysWhichProfileCouldNotBeReadToItsEnd) {
+  const TempDir dir;
+  const std::vector<FileTag> tags = {{"QX58", Bytes(200000, 7)}, {"cprt", Bytes(100000, 8)}};
+  WriteFile(dir.File("a.icc"), ProfileFile(tags));
+  WriteFile(dir.File("b.icc"), ProfileFile(tags));
+  const VKCLProfile a(AFilePath(dir.File("a.icc")), kAnyChannels);
+  const VKCLProfile b(AFilePath(dir.File("b.icc")), kAnyChannels);
+  std::vector<std::string> said;
+  for (std::size_t call = 0;; ++call) {
+    const FaultAt fault(call, Fault::Error);
+    std::string why;
+    const auto sink = [](const Difference&) { return true; };
+    const bool compared = CompareProfiles(a, b, sink, why);
+    if (!FaultAt::Reached()) break;
+    EXPECT_EQ(why.empty(), compared) << call;
+    if (!compared) said.push_back(why);
+  }
+  const auto times = [&](const char* why) { return std::count(said.begin(), said.end(), why); };
+  EXPECT_GT(times("the first profile cannot be read"), 4);  // opened, header, and pieces of tags
+  EXPECT_GT(times("the second profile cannot be read"), 4);
 }
 
 }  // namespace
