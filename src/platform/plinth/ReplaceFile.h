@@ -17,8 +17,9 @@ namespace vkcl {
 /// or the new one, whole. Through a symbolic link the file that it names is replaced; permissions,
 /// and the owner where that is allowed, stay.
 ///
-/// False when a step failed, `write` said so, or the path names something that is no regular file
-/// or may not be written: then the old file is as it was, and the new one is removed.
+/// False when a step failed, memory was short, `write` said so or threw, or the path names
+/// something that is no regular file or may not be written: then the old file is as it was, and the
+/// new one is removed.
 VKCL_API bool ReplaceFile(const AFilePath& path, const std::function<bool(AFile& file)>& write);
 VKCL_API bool ReplaceFile(const AFilePath& path, std::string_view content);
 ///@}

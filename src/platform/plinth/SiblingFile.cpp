@@ -124,11 +124,13 @@ bool SiblingFile::settle() {
 
 bool SiblingFile::takePlace() {
   if (!settled_ && !settle()) return false;
+  // Nothing may fail once the new file has its place, the making of a text included.
+  const AFilePath folder = FolderOf(place_);
   // The lock is held until the new file has its place.
   if (!host::Rename(path_.c_str(), place_.c_str())) return false;
   exists_ = false;
   lock_.close();
-  host::SyncFolder(FolderOf(place_).c_str());
+  host::SyncFolder(folder.c_str());
   return true;
 }
 
