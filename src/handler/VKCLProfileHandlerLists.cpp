@@ -144,8 +144,9 @@ int VKCLProfileHandler::GetEnbededFile(const AFilePath& path, EnbedFileType type
 
 int VKCLProfileHandler::GetEnbededFile(const AFilePath& path,
                                        VKPrivateTagSignature signature) const {
-  if (path.isDirectory() || path.isSameFile(profile_.filePath)) return 0;
+  if (path.isDirectory()) return 0;
   return Guarded([&] {
+    if (path.isSameFileOrThrow(profile_.filePath)) return 0;
     const TagPayload payload(profile_, signature);
     return payload ? vkcl::WriteNewFile(path, payload.bytes(), payload.size()) : 0;
   });
@@ -159,10 +160,12 @@ void* CopyCLLinkRef(void* link16Ref, unsigned int* size) {
     void* copy = CLNewCLLink16Ref();
     if (copy == nullptr) return nullptr;
     const std::unique_ptr<char[]> bytes(new (std::nothrow) char[length]);
-    // A source that cannot be saved leaves the new link to itself, as it always has.
-    if (!bytes || CLSaveLink16ToMemory(link16Ref, bytes.get(), length, nullptr) != 0) {
+    if (!bytes) {
+      CLFreeCLLink16Ref(copy);
       return nullptr;
     }
+    // A source that cannot be saved leaves the new link to itself, as it always has.
+    if (CLSaveLink16ToMemory(link16Ref, bytes.get(), length, nullptr) != 0) return nullptr;
     const bool loaded = CLLoadLink16FromMemory(copy, bytes.get(), length) == 0;
     if (size != nullptr) *size = length;
     if (loaded) return copy;

@@ -98,8 +98,9 @@ int VKCLProfileHandler::GetVSDProfileParam(VKVSDProfileParam& param) const {
 }
 
 int VKCLProfileHandler::GetVSDProfile(const AFilePath& destination) const {
-  if (destination.isDirectory() || destination.isSameFile(profile_.filePath)) return 0;
+  if (destination.isDirectory()) return 0;
   return Guarded([&] {
+    if (destination.isSameFileOrThrow(profile_.filePath)) return 0;
     const TagPayload payload(profile_, QX71);
     constexpr std::size_t kHead = sizeof(VKVSDProfileParam);
     if (!payload || payload.size() < kHead) return 0;

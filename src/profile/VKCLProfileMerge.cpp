@@ -87,9 +87,9 @@ std::vector<icTag> VKCLProfile::SelectTags(bool isPrivate) const {
 
 int VKCLProfile::MergeVKPrivateTagIntoStandICC(VKCLProfile& target) {
   if (valid == 0 || target.valid == 0 || isVKCLProfile() == 0) return 0;
-  if (filePath.isSameFile(target.filePath)) return 1;
-  if (target.isVKCLProfile() != 0) return 0;
   return vkcl::Guarded([&] {
+    if (filePath.isSameFileOrThrow(target.filePath)) return 1;
+    if (target.isVKCLProfile() != 0) return 0;
     const std::vector<icTag> tags = SelectTags(true);
     const bool whole =
         std::all_of(tags.begin(), tags.end(), [&](const icTag& tag) { return FileHolds(tag); });
@@ -115,7 +115,7 @@ int VKCLProfile::WriteICCWithoutVKiTags(const char* outputPath) {
   if (outputPath == nullptr || valid == 0) return 0;
   return vkcl::Guarded([&] {
     const AFilePath output(outputPath);
-    if (output.isSameFile(filePath)) return 0;
+    if (output.isSameFileOrThrow(filePath)) return 0;
     const std::vector<icTag> kept = SelectTags(false);
     if (kept.empty()) return 0;
     const Held held(filePath, StretchOf(kept));

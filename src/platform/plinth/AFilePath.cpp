@@ -62,12 +62,14 @@ bool AFilePath::exists() const noexcept { return vkcl::host::Exists(path_.c_str(
 bool AFilePath::isDirectory() const noexcept { return vkcl::host::IsDirectory(path_.c_str()); }
 
 bool AFilePath::isSameFile(const AFilePath& other) const noexcept {
-  return vkcl::Guarded([&] {
-    if (GetFullPath() == other.GetFullPath()) return true;
-    std::error_code error;
-    return std::filesystem::equivalent(vkcl::host::SystemPath(path_),
-                                       vkcl::host::SystemPath(other.path_), error);
-  });
+  return vkcl::Guarded([&] { return isSameFileOrThrow(other); });
+}
+
+bool AFilePath::isSameFileOrThrow(const AFilePath& other) const {
+  if (GetFullPath() == other.GetFullPath()) return true;
+  std::error_code error;
+  return std::filesystem::equivalent(vkcl::host::SystemPath(path_),
+                                     vkcl::host::SystemPath(other.path_), error);
 }
 
 bool AFilePath::remove() const noexcept { return vkcl::host::Remove(path_.c_str()); }

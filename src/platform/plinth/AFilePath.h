@@ -8,7 +8,8 @@
 #include "platform/plinth/AString.h"
 
 /// A path as text. Separators are "/" and, on Windows, also "\". Nothing here throws for a path
-/// that names nothing; what the file system does not answer counts as "no".
+/// that names nothing; what the file system does not answer counts as "no". What makes or changes a
+/// text throws std::bad_alloc when memory is short, as the standard's strings do.
 class VKCL_API AFilePath {
  public:
   AFilePath() = default;
@@ -45,6 +46,9 @@ class VKCL_API AFilePath {
   bool isDirectory() const noexcept;
   /// Whether both paths name one file: their full paths are equal, or the file system says so.
   bool isSameFile(const AFilePath& other) const noexcept;
+  /// The same for whoever would lose the file by a wrong "no": throws std::bad_alloc when memory is
+  /// short, where isSameFile says no.
+  bool isSameFileOrThrow(const AFilePath& other) const;
   /// Removes the file that the path names. False when that failed.
   bool remove() const noexcept;
 

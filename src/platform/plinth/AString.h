@@ -9,6 +9,8 @@
 #include "platform/Export.h"
 
 /// Text as the host keeps it: bytes, with a length of its own, that no operation here re-encodes.
+/// What makes or lengthens a text throws std::bad_alloc when memory is short, as the standard's
+/// strings do; a text that was there is then as it was.
 class VKCL_API AString {
  public:
   /// No position: what `find` gives when there is none.
