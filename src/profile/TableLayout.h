@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "profile/icc.h"
+
 namespace vkcl {
 
 inline constexpr std::uint32_t kTableStart = 132;  ///< behind the header and the count
@@ -13,5 +15,14 @@ inline constexpr char kBinaryHead[kDataHead] = {'d', 'a', 't', 'a', 0, 0, 0, 0, 
 
 /// First byte behind a table of `count` entries.
 constexpr std::uint64_t TableEnd(std::uint64_t count) { return kTableStart + kTableEntry * count; }
+
+/// What storing colour parameters of a mode makes of the header; see
+/// VKCLProfile::UpdateHeaderColorSpace.
+inline void SetColorSpaceOf(int colorMode, icHeader& header) {
+  constexpr int kCyanMagentaYellow = 16;
+  constexpr int kProcessRedGreenBlue = 512;
+  if (colorMode == kCyanMagentaYellow) header.colorSpace = icSigCmyData;
+  if (colorMode == kProcessRedGreenBlue) header.colorSpace = icSigRgbData;
+}
 
 }  // namespace vkcl

@@ -220,9 +220,8 @@ bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, T
     if (!source.bytes) return false;
     const std::vector<Piece> before = PiecesOf(profile, source);
     const Entries entries(before);
-    VKCLProfile changed(profile);
-    changed.filePath = AFilePath();  // the file is not this object's to remove
-    changed.UpdateHeaderColorSpace(NewColorMode(before, entries, changes));
+    icHeader header = profile.header;
+    SetColorSpaceOf(NewColorMode(before, entries, changes), header);
     const std::vector<Piece> pieces = Changed(before, entries, changes);
     const bool isWhole =
         std::all_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.isWhole; });
@@ -251,8 +250,8 @@ bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, T
     if (position > UINT32_MAX || position > kMostGrowth * source.size + LengthOf(changes)) {
       return false;
     }
-    changed.header.size = static_cast<std::uint32_t>(position);
-    const std::vector<char> head = VKCLProfile::BuildHead(changed.header, table);
+    header.size = static_cast<std::uint32_t>(position);
+    const std::vector<char> head = VKCLProfile::BuildHead(header, table);
     slices.front() = {head.data(), head.size()};
     return to.writeAt(0, slices) == position;
   });

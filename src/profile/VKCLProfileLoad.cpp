@@ -7,6 +7,7 @@
 #include "platform/Bytes.h"
 #include "platform/Guarded.h"
 #include "platform/plinth/AFile.h"
+#include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
 namespace {
@@ -107,7 +108,8 @@ void VKCLProfile::Load() {
 
 VKCLProfile::~VKCLProfile() {
   delete[] tagTable;
-  vkcl::Guarded([&] { return filePath.getExtension() == ".tmp" && filePath.remove(); });
+  // Asked without a copy, which could fail: an extension of ".tmp" is how such a path ends.
+  if (filePath.str().ends_with(".tmp")) filePath.remove();
 }
 
 VKCLProfile::VKCLProfile(const VKCLProfile& other) noexcept {
@@ -186,8 +188,5 @@ unsigned long VKCLProfile::GetPadSize(unsigned long n) {
 }
 
 void VKCLProfile::UpdateHeaderColorSpace(int colorMode) {
-  constexpr int kCyanMagentaYellow = 16;
-  constexpr int kProcessRedGreenBlue = 512;
-  if (colorMode == kCyanMagentaYellow) header.colorSpace = icSigCmyData;
-  if (colorMode == kProcessRedGreenBlue) header.colorSpace = icSigRgbData;
+  vkcl::SetColorSpaceOf(colorMode, header);
 }
