@@ -54,7 +54,7 @@ int VKCLProfileHandler::GetProfileOptions(VKCLProfileOptions& options) const {
       // An option that is not set replaces its default by the empty text: deliberately so.
       read.*option.member = AString(value.data());
     }
-    options = read;
+    options = std::move(read);  // all of them or none, for memory may be short
     return 1;
   });
 }

@@ -4,6 +4,7 @@
 #include <lcms2.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -56,10 +57,13 @@ struct Link : Object {
 using Link8 = Link<Kind::Link8>;
 using Link16 = Link<Kind::Link16>;
 
+/// Options by key, UTF-8. One is found without making a text of the key.
+using Options = std::map<std::string, std::string, std::less<>>;
+
 struct Profiler : Object {
   static constexpr Kind kKind = Kind::Profiler;
   Profiler() : Object(kKind) {}
-  std::map<std::string, std::string> options;  // UTF-8
+  Options options;
 };
 
 template <class Type>

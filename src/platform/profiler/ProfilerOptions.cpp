@@ -20,8 +20,6 @@ constexpr const char* kKeys[] = {"ProfileSize", "ProfileFormat", "BlackGeneratio
                                  "InkTotal"};
 constexpr std::size_t kLongestValue = 255;
 
-using Options = std::map<std::string, std::string>;
-
 bool IsKey(const std::string& key) {
   return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
 }
@@ -269,7 +267,8 @@ int CLSetProfilerOption(void* profiler, const char* key, const char* value) {
   if (object == nullptr || key == nullptr || value == nullptr) return p::kRefused;
   return p::Status([&] {
     if (!p::IsKey(key) || std::strlen(value) > p::kLongestValue) return p::kRefused;
-    object->options[key] = value;
+    std::string text(value);  // before the place is made: one without its text must not be left
+    object->options[key] = std::move(text);
     return p::kDone;
   });
 }
