@@ -35,7 +35,8 @@ struct VKCL_API VKCLProfileProperties {
   VKCLProfileProperties() = default;
   ///@{
   /// Copies each member as its own type does, but for the spot ink limit, whose arrays are copied.
-  VKCLProfileProperties(const VKCLProfileProperties& other);
-  VKCLProfileProperties& operator=(const VKCLProfileProperties& other);
+  /// When memory is short for a text or for those arrays, nothing changes.
+  VKCLProfileProperties(const VKCLProfileProperties& other) noexcept;
+  VKCLProfileProperties& operator=(const VKCLProfileProperties& other) noexcept;
   ///@}
 };

@@ -113,8 +113,13 @@ void VKSpotLinDLParam::SetData(int newCount, const CString& newName) {
       handles.reset(new void*[kept]());
     }
     const std::int32_t length = kept > 0 ? newName.GetLength() : 0;
+    for (std::size_t i = 0; i < kept; ++i) {
+      handles[i] = CLNewCLLink8Ref();
+      if (handles[i] != nullptr) continue;
+      while (i > 0) CLFreeCLLink8Ref(handles[--i]);
+      return false;
+    }
     Release();
-    for (std::size_t i = 0; i < kept; ++i) handles[i] = CLNewCLLink8Ref();
     name = nameCopy.release();
     linkSizes = sizes.release();
     links = handles.release();

@@ -81,7 +81,8 @@ struct VKCL_API VKSpotSingleInkLimit {
 
   /// Replaces name and limits by copies of the given ones (null values: zeros). A count of 0
   /// keeps neither, yet the size counts the length of the name: a deliberate asymmetry, and such
-  /// a record cannot be stored. A negative count is taken as 0.
+  /// a record cannot be stored. A negative count is taken as 0. When memory is short nothing
+  /// changes.
   void SetData(int newCount, const CString& newName, double* values);
 };
 
@@ -105,7 +106,7 @@ struct VKCL_API VKSpotLinDLParam {
   ///@}
 
   /// Replaces everything by the name and `newCount` new empty links. A count of 0 or below keeps
-  /// nothing.
+  /// nothing. When memory is short nothing changes.
   void SetData(int newCount, const CString& newName);
 
   /// Releases name, sizes and links, and sets the counts that describe them to 0.
