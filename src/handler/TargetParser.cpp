@@ -176,6 +176,8 @@ const char* TargetRuleText(TargetRule rule) {
 }
 
 std::uint32_t DataFormatOfWord(std::string_view word) {
+  constexpr std::size_t kLongestWord = 6;
+  if (word.size() > kLongestWord) return 0;  // none is as long, and memory may be short for it
   const AString text(word.data(), word.size());
   for (const FormatWord& row : kFormatWords) {
     if (text.compareNoCase(row.word) == 0) return row.format;

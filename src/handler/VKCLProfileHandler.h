@@ -145,7 +145,8 @@ class VKCL_API VKCLProfileHandler {
 
   /// Gathers everything: records, target, options, and the lists that the finished state (asked
   /// with `flag`, see VKCLProfile::GetVKCLProfileFinishedState) lets a profile have. What is
-  /// missing keeps what the record had. Fails, and changes nothing, when there is no state.
+  /// missing, or cannot be read for want of memory, keeps what the record had. Fails, and changes
+  /// nothing, when there is no state.
   int GetVKCLProfileProperties(VKCLProfileProperties& properties, int flag) const;
   /// 1 when the linearisation measurement is a placeholder: format 0xFFFFFFFF, as many samples
   /// measured as there are, and no values.

@@ -125,10 +125,12 @@ int Save(const SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
 }
 
 int Load(SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
+  const std::int32_t version = GetInteger(node, kVersion);
+  const std::int32_t count = GetInteger(node, kCount);
   SplitParam::DeleteRecords(set.version, set.splits);
   set.splits = nullptr;
-  set.version = GetInteger(node, kVersion);
-  set.count = GetInteger(node, kCount);
+  set.version = version;
+  set.count = count;
   const AXMLTreeNode list = node.GetChild(kList);
   if (set.count > kMostRecords) return 0;
   set.splits = SplitParam::NewRecords(set.version, set.count);
