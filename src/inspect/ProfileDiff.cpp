@@ -98,7 +98,9 @@ class Side {
       const std::uint32_t occurrence = ++seen[tag.sig];
       entries_.push_back({StoredTagName(tag.sig, occurrence), &tag});
     }
-    length_ = static_cast<std::uint64_t>(std::max<std::int64_t>(file_.length(), 0));
+    const std::int64_t length = file_.length();
+    good_ = good_ && length >= 0;
+    length_ = static_cast<std::uint64_t>(std::max<std::int64_t>(length, 0));
     for (std::size_t i = 0; i < entries_.size(); ++i) byName_.emplace(entries_[i].name, i);
   }
   Side(const Side&) = delete;
