@@ -40,7 +40,7 @@ class Examination {
 
   std::vector<Finding> Run();
   /// False when the file gave fewer bytes than its length says: the findings mean nothing then.
-  bool good() const { return bytes_.good(); }
+  bool good() const { return bytes_.good() && payloadsGood_; }
 
  private:
   void Find(Severity severity, const char* rule, const char* clause, std::string text,
@@ -99,6 +99,7 @@ class Examination {
 
   AFile& file_;
   ByteSource bytes_;
+  bool payloadsGood_ = true;  // those of private tags could be read
   std::array<char, kTableStart> head_{};
   std::vector<Entry> table_;
   std::vector<std::pair<std::uint32_t, std::uint32_t>> bySignature_;  // and index, in that order

@@ -263,7 +263,11 @@ const char* SeverityText(Severity severity) {
   return "error";
 }
 
-std::vector<Finding> CheckProfile(const AFilePath& path) noexcept {
+std::vector<Finding> CheckProfile(const AFilePath& path) {
+  // Made first: when memory is short later on, it is there. No finding would say that all is well.
+  std::vector<Finding> unreadable = {{Error, "file.unreadable", "", "",
+                                      "it cannot be read: it is missing, may not be opened, "
+                                      "or is no regular file"}};
   std::vector<Finding> findings;
   const bool read = Guarded([&] {
     std::error_code error;
@@ -276,12 +280,7 @@ std::vector<Finding> CheckProfile(const AFilePath& path) noexcept {
     findings = examination.Run();
     return examination.good();
   });
-  if (read) return findings;
-  return Guarded([] {
-    return std::vector<Finding>{{Error, "file.unreadable", "", "",
-                                 "it cannot be read: it is missing, may not be opened, "
-                                 "or is no regular file"}};
-  });
+  return read ? findings : unreadable;
 }
 
 Severity GravestOf(const std::vector<Finding>& findings) {

@@ -32,8 +32,9 @@ struct VKCL_API Finding {
 /// types, and the private tags; part after part, each in the order of the file. None for a file
 /// that is as it should be. At most 100 findings of a rule, and then a note that tells how many
 /// more. A file that cannot be read gives the finding "file.unreadable", as one does when memory is
-/// short.
-VKCL_API std::vector<Finding> CheckProfile(const AFilePath& path) noexcept;
+/// short; throws std::bad_alloc when there is none even for that, for no finding would say that all
+/// is well.
+VKCL_API std::vector<Finding> CheckProfile(const AFilePath& path);
 
 /// The gravest of the findings; Note for none.
 VKCL_API Severity GravestOf(const std::vector<Finding>& findings);

@@ -182,12 +182,15 @@ void Examination::CheckPayload(const Entry& tag) {
   ByteSource payload(file_, tag.offset + std::uint64_t{kDataHead}, tag.size - kDataHead);
   std::string why;
   const std::optional<RecordView> record = RecordView::Of(*schema, payload, why);
+  const FieldView* size = record ? record->Find("size") : nullptr;
+  const bool agrees =
+      size == nullptr || size->Integer() == static_cast<std::int64_t>(payload.size());
+  payloadsGood_ = payloadsGood_ && payload.good();
   if (!record) {
     Find(Warning, "private.form", "", "its payload does not have the form: " + why, tag.sig);
     return;
   }
-  const FieldView* size = record->Find("size");
-  if (size == nullptr || size->Integer() == static_cast<std::int64_t>(payload.size())) return;
+  if (agrees) return;
   Find(Note, "private.size", "",
        "its record tells a size of " + size->NumberText() + " bytes, and it has " +
            to_string(payload.size()),
