@@ -1294,6 +1294,42 @@ TEST(TargetRefusal, LeavesListsThatHoldWhatTheirCountersSay) {
   EXPECT_TRUE(measured == used.measured);
 }
 
+TEST(TargetRefusal, MakesRoomForMoreChannelsOfOneSampleToo) {
+  ProfileDataList device;
+  ProfileDataList measured;
+  for (ProfileDataList* list : {&device, &measured}) {
+    list->NumOfColors = 1;
+    ASSERT_EQ(list->RefreshList(1), 1);
+    list->DataList[0] = 7.5;
+  }
+  const double* before[] = {device.DataList, measured.DataList};
+  EXPECT_EQ(ParseTarget(Pieces{.endData = ""}.Text(), device, measured), TargetRule::DataNotClosed);
+  EXPECT_NE(device.DataList, before[0]);  // one number had no room behind it
+  EXPECT_NE(measured.DataList, before[1]);
+  EXPECT_EQ(ValuesOf(device), (Row{7.5, 0, 0}));
+  EXPECT_EQ(ValuesOf(measured), (Row{7.5, 0, 0}));
+}
+
+TEST(TargetRefusal, CarriesNoValuesOverThatTheCountersDoNotTell) {
+  for (const std::int32_t colors : {0, -1}) {
+    ProfileDataList device;
+    ProfileDataList measured;
+    for (ProfileDataList* list : {&device, &measured}) {
+      list->DataList = new double[2]{1, 2};
+      list->NumOfSamples = 2;
+      list->NumOfColors = colors;
+    }
+    EXPECT_EQ(ParseTarget(Pieces{.endData = ""}.Text(), device, measured),
+              TargetRule::DataNotClosed);
+    EXPECT_EQ(ValuesOf(device), Row(6, 0.0));
+    EXPECT_EQ(ValuesOf(measured), Row(6, 0.0));
+  }
+}
+
+TEST(TargetRefusal, OfAWordThatIsTheLastOfTheText) {
+  EXPECT_EQ(Target("BEGIN_DATA_FORMAT END_DATA_FORMAT").rule, TargetRule::UnknownDeviceFormat);
+}
+
 TEST(TargetRefusal, OfEmptyListsLeavesThemWithoutValues) {
   const Target target(Pieces{.endData = ""}.Text());
   EXPECT_EQ(target.rule, TargetRule::DataNotClosed);
@@ -1482,6 +1518,21 @@ TEST(HostileTarget, OfRandomBytesIsRefused) {
     for (char& c : text) c = static_cast<char>(random() % 256);
     EXPECT_EQ(Target(text).rule, TargetRule::NoFormat);
   }
+}
+
+TEST(HostileTarget, MayHave65536ValuesAnd64ForEachCharacter) {
+  // 62 and 3 columns: 65 values a line against 64 for its one character, so that these lines are
+  // the most.
+  std::string fields = "\nRGB";
+  for (int i = 1; i < 62; ++i) fields += " c";
+  fields += " LAB_L\n";
+  const std::size_t rest = Pieces{.fields = fields, .lines = ""}.Text().size();
+  const std::size_t most = 65536 + 64 * rest;
+  const Target held(Pieces{.fields = fields, .lines = std::string(most, '\n')}.Text());
+  EXPECT_EQ(held.rule, TargetRule::Accepted);
+  EXPECT_EQ(held.device.NumOfSamples, static_cast<int>(most));
+  EXPECT_EQ(Target(Pieces{.fields = fields, .lines = std::string(most + 1, '\n')}.Text()).rule,
+            TargetRule::TooLarge);
 }
 
 TEST(HostileTarget, ThatAnnouncesFarMoreThanItCanHoldIsRefused) {
