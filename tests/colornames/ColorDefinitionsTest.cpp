@@ -366,6 +366,16 @@ TEST(LoadColorDefinitions, TakesTheFrontOfAHugeFile) {
   EXPECT_EQ(Load(), Entries({{"A", 0x10000, 1, 2, 3}}));
 }
 
+TEST(LoadColorDefinitions, TakesTheLinesThatEndWithinSixteenMebibytes) {
+  const std::string a = "A 10000 1 2 3\n";
+  const std::string b = "B 20000 1 2 3\n";
+  const std::string filler((16u << 20) - a.size() - b.size() - 1, 'x');
+  EXPECT_EQ(LoadText(a + filler + "\n" + b + "C 40000 1 2 3\n"),
+            Entries({{"A", 0x10000, 1, 2, 3}, {"B", 0x20000, 1, 2, 3}}));
+  EXPECT_EQ(LoadText(a + filler + "x\n" + b + "C 40000 1 2 3\n"),
+            Entries({{"A", 0x10000, 1, 2, 3}}));
+}
+
 TEST(LoadColorDefinitions, ClearsWhatWasThere) {
   ColorDefinitions definitions;
   const auto fill = [&] {
