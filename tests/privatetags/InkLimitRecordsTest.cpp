@@ -453,6 +453,23 @@ TEST(VKSpotLinDLParam, WithoutLinksKeepsNothing) {
   }
 }
 
+TEST(VKSpotLinDLParam, ReleasedHoldsNothingAndKeepsVersionAndSize) {
+  VKSpotLinDLParam spot;
+  spot.SetData(2, "Gold");
+  spot.version = 3;
+  spot.size = 4711;
+  for (int i = 0; i < 2; ++i) {
+    spot.Release();
+    EXPECT_EQ(spot.count, 0);
+    EXPECT_EQ(spot.nameLength, 0);
+    EXPECT_EQ(spot.name, nullptr);
+    EXPECT_EQ(spot.linkSizes, nullptr);
+    EXPECT_EQ(spot.links, nullptr);
+    EXPECT_EQ(spot.version, 3);
+    EXPECT_EQ(spot.size, 4711);
+  }
+}
+
 TEST(VKSpotLinDLParam, CopiesShareTheArraysAndLinks) {
   VKSpotLinDLParam from;
   from.SetData(2, "Gold");

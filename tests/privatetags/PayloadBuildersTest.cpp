@@ -743,6 +743,36 @@ TEST(PayloadBuilders, SpotLinksOfWhichOneCannotBeSavedAreRefused) {
   EXPECT_EQ(tag.size, 0u);
 }
 
+TEST(PayloadBuilders, SpotLinksThatLackWhatTheyCountAreRefused) {
+  const auto refused = [](void (*damage)(VKSpotLinDLParam & spot)) {
+    VKSpotLinDLParam spot;
+    spot.SetData(1, "Gold");
+    VKSpotLinDLParam damaged(spot);  // shares the arrays, and is left without them
+    damage(damaged);
+    damaged.size = 4711;
+    VKPrivateTag tag;
+    const bool isRefused = tag.InitFromVKSpotLinDL(damaged) == 0 && tag.size == 0 &&
+                           tag.data == nullptr && damaged.size == 4711;
+    damaged = VKSpotLinDLParam();
+    return isRefused;
+  };
+  EXPECT_FALSE(refused([](VKSpotLinDLParam&) {}));
+  EXPECT_TRUE(refused([](VKSpotLinDLParam& spot) { spot.count = -1; }));
+  EXPECT_TRUE(refused([](VKSpotLinDLParam& spot) { spot.nameLength = -1; }));
+  EXPECT_TRUE(refused([](VKSpotLinDLParam& spot) { spot.name = nullptr; }));
+  EXPECT_TRUE(refused([](VKSpotLinDLParam& spot) { spot.links = nullptr; }));
+  EXPECT_TRUE(refused([](VKSpotLinDLParam& spot) { spot.linkSizes = nullptr; }));
+  EXPECT_FALSE(refused([](VKSpotLinDLParam& spot) {
+    spot.nameLength = 0;
+    spot.name = nullptr;
+  }));
+  EXPECT_FALSE(refused([](VKSpotLinDLParam& spot) {
+    spot.count = 0;
+    spot.links = nullptr;
+    spot.linkSizes = nullptr;
+  }));
+}
+
 // What is built does not depend on where the records lie.
 
 TEST(PayloadBuilders, EqualRecordsGiveEqualBytes) {
