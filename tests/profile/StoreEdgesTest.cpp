@@ -26,6 +26,7 @@ using vkcl::testing::FileTag;
 using vkcl::testing::Payload;
 using vkcl::testing::ProfileFile;
 using vkcl::testing::ReadFile;
+using vkcl::testing::Slice;
 using vkcl::testing::TempDir;
 
 using Kinds = std::vector<CallKind>;
@@ -63,6 +64,36 @@ TEST(StoreEdges, AProfileThatHasComeSinceIsNotOverwritten) {
   EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
   EXPECT_EQ(ReadFile(path), come);
   EXPECT_EQ(early.isValidICC(), 0);
+}
+
+TEST(StoreEdges, AProfileWithoutTagsThatHasComeSinceIsNotOverwritten) {
+  const TempDir dir;
+  const std::string path = dir.File("p.icc");
+  VKCLProfile early(AFilePath(path), 4);
+  ASSERT_EQ(early.isValidICC(), 0);
+  const Bytes come = ProfileFile({});
+  ASSERT_EQ(come.size(), 132u);
+  dir.Write("p.icc", come);
+  EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
+  EXPECT_EQ(ReadFile(path), come);
+}
+
+TEST(StoreEdges, AnOffsetMovesUpToTheLastThatItsFieldCanTell) {
+  for (const std::uint32_t offset : {0xFFFFFFF3u, 0xFFFFFFF4u}) {
+    Bytes file = ThreeTags();
+    Put32(file, OffsetField(1), offset);
+    const TempDir dir;
+    const std::string path = dir.Write("p.icc", file);
+    VKCLProfile profile(AFilePath(path), 4);
+    const bool fits = offset == 0xFFFFFFF3u;
+    EXPECT_EQ(profile.WriteVKPrivateTag(QX74, "abcd", 4), fits ? 1 : 0);
+    const Bytes after = ReadFile(path);
+    if (fits) {
+      EXPECT_EQ(Slice(after, OffsetField(1), 4), (Bytes{0xFF, 0xFF, 0xFF, 0xFF}));
+    } else {
+      EXPECT_EQ(after, file);
+    }
+  }
 }
 
 TEST(StoreEdges, AFileThatIsNoProfileIsReplacedWhateverItHolds) {

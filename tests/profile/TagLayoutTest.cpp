@@ -92,6 +92,14 @@ TEST(TagLayout, SharedBlocksBehindTheTagForbidRebuilding) {
   EXPECT_TRUE(Suits(Profile(before, 204), QX51, 30));
 }
 
+TEST(TagLayout, AnyTagBeforeItThatSharesWithOneBehindItForbidsRebuilding) {
+  // The second of the table has the block of the last one; the rebuilt tag lies before both.
+  const std::vector<Tag> tags = {
+      {"aaaa", 180, 20}, {"A2B0", 216, 16}, {"QX51", 200, 16}, {"A2B1", 216, 16}};
+  EXPECT_TRUE(Suits(Profile(tags, 232), QX51, 4));
+  EXPECT_FALSE(Suits(Profile(tags, 232), QX51, 30));
+}
+
 TEST(TagLayout, EndsThatDisagreeForbidWriting) {
   Bytes longer = Profile(kOrdered, 236);
   longer.resize(240);  // the file goes on behind the profile

@@ -495,6 +495,20 @@ TEST_F(VKCLProfileRead, ReadsAWholeTextTag) {
   EXPECT_EQ(room[6], 0xCCCCCCCCu);
 }
 
+TEST_F(VKCLProfileRead, ReadsAWholeTagThatIsAHeadAlone) {
+  std::uint32_t room[4];
+  std::memset(room, kUntouched, sizeof room);
+  const VKCLProfile data = OneTag(Sig("QX50"), 144, 28);
+  EXPECT_EQ(ProfilePeer::ReadDataType(data, Entry(Sig("QX50"), 144, 12), room), 1);
+  EXPECT_EQ(room[2], 1u);
+  EXPECT_EQ(room[3], 0xCCCCCCCCu);
+  std::memset(room, kUntouched, sizeof room);
+  const VKCLProfile text = OneTag(Sig("targ"), 144, 24);
+  EXPECT_EQ(ProfilePeer::ReadTextType(text, Entry(Sig("targ"), 144, 8), room), 1);
+  EXPECT_EQ(room[1], 0u);
+  EXPECT_EQ(room[2], 0xCCCCCCCCu);
+}
+
 TEST_F(VKCLProfileRead, WholeReadsRefuseOtherTypesAndWhatLeavesTheFile) {
   std::uint32_t room[16] = {};
   const VKCLProfile data = OneTag(Sig("QX50"), 144, 28);
