@@ -16,6 +16,7 @@ from tree import Failure
 MEMORY = 8 << 30
 SLOW = 0.25  # seconds: tests that take longer come last
 BETTER = ('-O2',)  # tells more changes from none, and takes longer
+LEAKS = ('-fsanitize=leak',)
 RECENT = 8   # tests that noticed earlier changes of the same file come first
 
 running = set()
@@ -42,7 +43,7 @@ def run(command, seconds, cpu_seconds=None, **options):
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         if cpu_seconds:
             resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
-            resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_DATA, (MEMORY, MEMORY))
     process = subprocess.Popen(command, start_new_session=True, preexec_fn=limit,
                                stdin=subprocess.DEVNULL, **options)
     with running_lock:
@@ -83,6 +84,8 @@ class Bench:
         if code != 0:
             raise Failure('tests fail without a change:\n' +
                                '\n'.join(failed_in(place / 'output')))
+        if self.leaks(place, {}, ''):
+            raise Failure('tests leak without a change, or LeakSanitizer cannot be run')
         self.slow = []
         for suite in json.loads(report.read_text())['testsuites']:
             for case in suite['testsuite']:
@@ -94,13 +97,16 @@ class Bench:
         place.mkdir(exist_ok=True)
         return place
 
-    def link(self, replaced, program, first=''):
-        """Links the tests; those that are named like the changed source come first."""
-        stem = first.rsplit('/', 1)[-1].split('.')[0]
-        names = sorted(self.names, key=lambda name: not (stem and stem in name))
+    def link(self, replaced, program, first='', options=()):
+        """Links the tests. Those that are named like the changed source come first, then those of
+        its folder."""
+        folder, _, name = first.removeprefix('src/').rpartition('/')
+        stem = name.split('.')[0]
+        names = sorted(self.names, key=lambda name: (not (stem and stem in name),
+                                                     not name.startswith(f'tests/{folder}/')))
         objects = [replaced.get(name, self.tree.object_of(name)) for name in names]
-        return run(self.tree.link_words(objects, program), 120, cwd=self.tree.build,
-                   stderr=subprocess.DEVNULL)
+        return run(self.tree.link_words(objects, program) + list(options), 120,
+                   cwd=self.tree.build, stderr=subprocess.DEVNULL)
 
     def test(self, place, program, options, seconds, cpu_seconds):
         scratch = place / 'scratch'
@@ -113,12 +119,16 @@ class Bench:
 
     def stages_of(self, path):
         """The sources that a changed file is compiled into. The tests that include a changed
-        header come only when the library with the change has passed them: it takes its time."""
+        header come only when the library with the change has passed them, first those that are
+        named like it: it takes its time."""
         if path.endswith('.cpp'):
             return [[path]]
         users = self.tree.users_of(path, self.names)
         inner = [name for name in users if name in self.sources]
-        return [inner, [name for name in users if name.startswith('tests/')]]
+        outer = [name for name in users if name.startswith('tests/')]
+        stem = path.rsplit('/', 1)[-1].split('.')[0]
+        named = [name for name in outer if stem in name]
+        return [inner, named, [name for name in outer if name not in named]]
 
     def compile(self, place, path, text, names, options=()):
         """Objects of sources that hold the text; None when one does not compile."""
@@ -177,12 +187,22 @@ class Bench:
                 return 'noticed', noticed
         if not is_tested:
             return 'identical', ''
+        if self.leaks(place, objects, mutant.path):
+            return 'noticed', LEAKS[0]
         inner = [name for name in objects if name.startswith('src/')]
         better = self.compile(place, mutant.path, text, inner, BETTER)
         if len(inner) == len(objects) and not self.is_changed(place, mutant.path, source, better,
                                                               BETTER):
             return 'identical', ''
         return 'survived', ''
+
+    def leaks(self, place, objects, path):
+        """Whether the tests fail when they look for leaks, as `./dev asan` does."""
+        program = place / 'tests'
+        if self.link(objects, program, path, LEAKS) != 0:
+            return False
+        return self.test(place, program, [], 10 + 20 * self.seconds,
+                         int(5 + 8 * self.seconds)) != 0
 
     def noticed_by(self, place, program, path):
         recent = self.recent.setdefault(path, [])
