@@ -24,7 +24,7 @@ constexpr int kMostLinks = 40;  // as many as the systems follow
 AFilePath BehindLinks(const AFilePath& path) {
   fs::path place = host::SystemPath(path.str());
   std::error_code error;
-  for (int i = 0; i < kMostLinks; ++i) {
+  for (int i = 0; i <= kMostLinks; ++i) {
     if (!fs::is_symlink(place, error)) return host::NarrowPath(place);
     const fs::path named = fs::read_symlink(place, error);
     if (error) return {};
