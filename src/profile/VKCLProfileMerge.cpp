@@ -23,7 +23,7 @@ void AppendZeros(std::vector<FilePiece>& pieces, std::uint64_t at, std::uint64_t
   static constexpr std::uint8_t kZeros[65536] = {};
   while (length > 0) {
     const std::uint64_t part = std::min<std::uint64_t>(length, sizeof kZeros);
-    pieces.push_back({at, part, kZeros, 0});
+    pieces.push_back({at, part, kZeros});
     at += part;
     length -= part;
   }
@@ -69,7 +69,7 @@ void AppendStored(std::vector<FilePiece>& pieces, const icTag& tag, std::uint64_
   const std::uint64_t padded = PadTo4(tag.size);
   const std::uint64_t begin = std::clamp<std::uint64_t>(tag.offset, held.begin(), held.end());
   const std::uint64_t there = std::min(padded, held.end() - begin);
-  pieces.push_back({at, there, held.at(begin), 0});
+  pieces.push_back({at, there, held.at(begin)});
   AppendZeros(pieces, at + there, padded - there);
 }
 
@@ -138,7 +138,7 @@ int VKCLProfile::WriteICCWithoutVKiTags(const char* outputPath) {
     icHeader newHeader = header;
     newHeader.size = static_cast<std::uint32_t>(position);
     const std::vector<char> head = BuildHead(newHeader, table);
-    pieces.front() = {0, head.size(), head.data(), 0};
+    pieces.front() = {0, head.size(), head.data()};
     std::uint64_t length = 0;
     return vkcl::RewriteFile(output, pieces, FileEnd::Cut, FileOrigin::Any, length) ? 1 : 0;
   });

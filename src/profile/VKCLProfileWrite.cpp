@@ -38,7 +38,7 @@ namespace {
 constexpr std::uint64_t kMost = UINT32_MAX;
 
 FilePiece FromMemory(std::uint64_t at, const std::vector<char>& bytes) {
-  return {at, bytes.size(), bytes.data(), 0};
+  return {at, bytes.size(), bytes.data()};
 }
 
 // A whole tag at `at`: the head of binary data, the payload where the caller has it, the padding.
@@ -46,9 +46,9 @@ void AppendTag(std::vector<FilePiece>& pieces, std::uint64_t at, const void* dat
                std::uint32_t length) {
   static constexpr std::uint8_t kZeros[4] = {};
   const std::uint64_t end = at + kDataHead + length;
-  pieces.push_back({at, kDataHead, vkcl::kBinaryHead, 0});
-  pieces.push_back({at + kDataHead, length, data, 0});
-  pieces.push_back({end, PadTo4(end - at) - (end - at), kZeros, 0});
+  pieces.push_back({at, kDataHead, vkcl::kBinaryHead});
+  pieces.push_back({at + kDataHead, length, data});
+  pieces.push_back({end, PadTo4(end - at) - (end - at), kZeros});
 }
 
 FilePiece Moved(std::uint64_t from, std::uint64_t length, std::uint64_t to) {

@@ -16,7 +16,7 @@ struct FilePiece {
   std::uint64_t at;
   std::uint64_t length;
   const void* bytes;
-  std::uint64_t from;
+  std::uint64_t from = 0;
 };
 
 enum class FileEnd {
