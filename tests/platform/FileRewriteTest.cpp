@@ -1,7 +1,14 @@
 #include "platform/plinth/FileRewrite.h"
 
+#include "platform/plinth/AFile.h"
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 namespace {
 
@@ -153,6 +160,53 @@ TEST(FileRewrite, AFailedCreationLeavesNoFile) {
     }
   }
 }
+
+#if !defined(_WIN32)
+/// While it lives, no file can be written behind its first `bytes` bytes.
+class ShortFiles {
+ public:
+  explicit ShortFiles(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {bytes, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~ShortFiles() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  ShortFiles(const ShortFiles&) = delete;
+  ShortFiles& operator=(const ShortFiles&) = delete;
+
+ private:
+  void (*handler_)(int);
+  rlimit before_ = {};
+};
+
+// A medium that has taken a part is tried three times more, and then given up; one that takes
+// nothing is given up at once.
+TEST(FileRewrite, OverwritingGivesUpWhatStaysRefused) {
+  const TempDir dir;
+  const Bytes before = BytesOf("abcdefghij");
+  for (const std::size_t taken : {4u, 0u}) {
+    const std::string path = dir.Write("f", before);
+    AFile file;
+    ASSERT_TRUE(file.open(AFilePath(path), AFile::Write));
+    const Bytes bytes = BytesOf("0123456789");
+    vkcl::host::Slice slice = {bytes.data(), bytes.size()};
+    bool written = true;
+    std::size_t writes = 0;
+    {
+      const ShortFiles limit(taken);
+      const CallLog log;
+      written = vkcl::Overwrite(file, 0, {&slice, 1}, bytes.size());
+      writes = log.Count(CallKind::Write);
+    }
+    EXPECT_FALSE(written);
+    EXPECT_EQ(writes, taken > 0 ? 5u : 1u);
+    EXPECT_EQ(ReadFile(path), BytesOf(taken > 0 ? "0123efghij" : "abcdefghij"));
+  }
+}
+#endif
 
 TEST(FileRewrite, ShortAndInterruptedTransfersAreContinued) {
   for (const Fault fault : {Fault::Short, Fault::Interrupted}) {

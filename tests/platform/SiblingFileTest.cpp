@@ -84,6 +84,23 @@ TEST(SiblingFile, TakesThePlaceAlsoWhenItWasClosed) {
   EXPECT_EQ(NamesIn(dir.path()), Names{"f"});
 }
 
+TEST(SiblingFile, ThatIsClosedAndCannotBeOpenedAgainIsNotSettled) {
+  const TempDir dir;
+  const std::string place = dir.Write("f", kOld);
+  SiblingFile sibling{AFilePath(place)};
+  ASSERT_TRUE(Fill(sibling));
+  ASSERT_TRUE(sibling.file().close());
+  {
+    const FaultAt at(1, Fault::Error);  // behind the permissions
+    EXPECT_FALSE(sibling.settle());
+    EXPECT_TRUE(FaultAt::Reached());
+  }
+  EXPECT_EQ(ReadFile(place), kOld);
+  EXPECT_TRUE(sibling.settle());
+  EXPECT_TRUE(sibling.takePlace());
+  EXPECT_EQ(ReadFile(place), kNew);
+}
+
 TEST(SiblingFile, GoesWithItsObject) {
   const TempDir dir;
   const std::string place = dir.Write("f", kOld);

@@ -83,6 +83,28 @@ TEST(TagChanges, ChangeNothingWhenThereAreNone) {
   EXPECT_TRUE(SameBytes(Changed({}), Image(SomeTags())));
 }
 
+TEST(TagChanges, LeaveATemporaryProfileToItsObject) {
+  const TempDir dir;
+  const std::string path = dir.Write("p.tmp", Image(SomeTags()));
+  {
+    const VKCLProfile profile{AFilePath(path), 4};
+    AFile to;
+    ASSERT_TRUE(to.open(AFilePath(dir.File("to")), AFile::ReadWrite | AFile::New));
+    EXPECT_TRUE(WriteChanged(profile, {}, to));
+    EXPECT_TRUE(std::filesystem::exists(path));
+  }
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(TagChanges, MeanTheFirstEntryWhenNothingElseIsSaid) {
+  Tags tags = SomeTags();
+  tags[1].data = DataTag(Pattern(3, 7));
+  TagChange change;
+  change.signature = Sig("QX53");
+  change.element.assign(tags[1].data.begin(), tags[1].data.end());
+  EXPECT_TRUE(SameBytes(Changed({change}), Image(tags)));
+}
+
 TEST(TagChanges, KeepThePlaceOfAnEntry) {
   for (const std::size_t length : {0u, 1u, 8u, 11u, 500u}) {
     Tags tags = SomeTags();

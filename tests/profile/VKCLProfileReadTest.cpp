@@ -502,11 +502,16 @@ TEST_F(VKCLProfileRead, ReadsAWholeTagThatIsAHeadAlone) {
   EXPECT_EQ(ProfilePeer::ReadDataType(data, Entry(Sig("QX50"), 144, 12), room), 1);
   EXPECT_EQ(room[2], 1u);
   EXPECT_EQ(room[3], 0xCCCCCCCCu);
+  char content = 'c';
+  EXPECT_EQ(ProfilePeer::ReadDataTypeContent(data, Entry(Sig("QX50"), 144, 12), &content), 1);
+  EXPECT_EQ(content, 'c');
   std::memset(room, kUntouched, sizeof room);
   const VKCLProfile text = OneTag(Sig("targ"), 144, 24);
   EXPECT_EQ(ProfilePeer::ReadTextType(text, Entry(Sig("targ"), 144, 8), room), 1);
   EXPECT_EQ(room[1], 0u);
   EXPECT_EQ(room[2], 0xCCCCCCCCu);
+  EXPECT_EQ(ProfilePeer::ReadTextTypeContent(text, Entry(Sig("targ"), 144, 8), &content), 1);
+  EXPECT_EQ(content, 'c');
 }
 
 TEST_F(VKCLProfileRead, WholeReadsRefuseOtherTypesAndWhatLeavesTheFile) {
