@@ -245,13 +245,14 @@ TEST(VKCLProfileLoad, TheMagicMustStandInFull) {
 
 TEST(VKCLProfileLoad, ACountThatTheFileCannotHoldIsInvalid) {
   const TempDir dir;
-  Bytes image = RawImage(ProfileHeader(), {}, Bytes(68));
-  ASSERT_EQ(image.size(), 200u);
+  Bytes image = RawImage(ProfileHeader(), {}, Bytes(84));
+  ASSERT_EQ(image.size(), 216u);
   const std::pair<std::uint32_t, bool> counts[] = {
-      {5, true},            // 132 + 60 fits
-      {6, false},           // 72 bytes are fewer than 200, but the table is cut short
-      {16, false},          // 192 of 200
-      {17, false},          // 204 of 200
+      {7, true},            // 132 + 84 fits
+      {8, false},           // 96 bytes are fewer than 216, but the table is cut short
+      {17, false},          // 204 of 216
+      {18, false},          // 216 of 216
+      {19, false},          // 228 of 216
       {0x15555555, false},  // 12 times it is 0xFFFFFFFC
       {0x15555556, false},  // 12 times it is 8 in 32 bits
       {0x2AAAAAAB, false},  // 12 times it is 4 in 32 bits
