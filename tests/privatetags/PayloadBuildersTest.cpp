@@ -656,6 +656,18 @@ TEST(PayloadBuilders, SpotInkLimitsWithoutLimitsAreRefusedWhenTheyCountAName) {
   EXPECT_EQ(tag.size, 0u);
 }
 
+TEST(PayloadBuilders, SpotInkLimitsOfACountOfZeroAreTheHeadAndOfMoreNeedLimits) {
+  VKSpotSingleInkLimit spot;
+  spot.size = 12;
+  EXPECT_EQ(Built(QX68, [&](VKPrivateTag& tag) { return tag.InitFromVKSpotSIL(spot); }),
+            HexBytes("01000000 0C000000 00000000"));
+  spot.count = 1;
+  spot.size = 20;
+  VKPrivateTag tag;
+  EXPECT_EQ(tag.InitFromVKSpotSIL(spot), 0);
+  EXPECT_EQ(tag.size, 0u);
+}
+
 TEST(PayloadBuilders, SpotInkLimitsThatStateMoreThanTheyHoldOrLessThanNothingAreRefused) {
   VKSpotSingleInkLimit spot;
   double values[] = {0.5};
