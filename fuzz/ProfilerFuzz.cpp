@@ -23,8 +23,8 @@ void LoadProfile(const std::uint8_t* data, unsigned int size) {
   CLFreeCLProfileRef(profile);
 }
 
-// Little CMS reads everything in a profile that a link is built of. That takes long, so one input in
-// four has to do.
+// Little CMS reads everything in a profile that a link is built of. That takes long, so one input
+// in four has to do.
 void BuildLink(const std::uint8_t* data, unsigned int size) {
   if (size == 0 || data[size - 1] % 4 != 0) return;
   void* profile = CLNewCLProfileRef();
