@@ -161,18 +161,19 @@ class Comparison {
       const char* mine = before_.header() + field.offset;
       const char* other = after_.header() + field.offset;
       return std::equal(mine, mine + field.length, other) ||
-             sink_({std::string("header.") + field.name, HeaderText(field, before_.header()),
-                    HeaderText(field, after_.header())});
+             Tell(sink_, std::string("header.") + field.name, HeaderText(field, before_.header()),
+                  HeaderText(field, after_.header()));
     });
   }
 
   bool CompareTags() {
     const auto compare = [&](const Entry& entry) {
       const Entry* other = after_.Find(entry.name);
-      return other != nullptr ? CompareTag(entry, *other) : sink_({entry.name, Title(entry), ""});
+      return other != nullptr ? CompareTag(entry, *other)
+                              : Tell(sink_, entry.name, Title(entry), "");
     };
     const auto tellAdded = [&](const Entry& entry) {
-      return before_.Find(entry.name) != nullptr || sink_({entry.name, "", Title(entry)});
+      return before_.Find(entry.name) != nullptr || Tell(sink_, entry.name, "", Title(entry));
     };
     return std::all_of(before_.entries().begin(), before_.entries().end(), compare) &&
            std::all_of(after_.entries().begin(), after_.entries().end(), tellAdded);
@@ -205,8 +206,9 @@ class Comparison {
   bool CompareCut(const Entry& mine, const ByteSource& before, const Entry& other,
                   const ByteSource& after) {
     if (before.size() != after.size() || mine.tag->size == other.tag->size) return true;
-    return sink_({mine.name + " (size in the table)", std::to_string(mine.tag->size) + " bytes",
-                  std::to_string(other.tag->size) + " bytes"});
+    return Tell(sink_, mine.name + " (size in the table)",
+                std::to_string(mine.tag->size) + " bytes",
+                std::to_string(other.tag->size) + " bytes");
   }
 
   bool Check(const ByteSource& before, const ByteSource& after) {
@@ -219,7 +221,7 @@ class Comparison {
   void CompareOrder() {
     const std::string mine = Order(before_, after_);
     const std::string other = Order(after_, before_);
-    if (mine != other) sink_({"order of the tags", mine, other});
+    if (mine != other) Tell(sink_, "order of the tags", mine, other);
   }
 
   static std::string Order(const Side& side, const Side& other) {

@@ -1,6 +1,7 @@
 #include "inspect/RecordDiff.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "inspect/PrintableText.h"
 #include "platform/plinth/HexText.h"
@@ -35,12 +36,12 @@ bool CompareStretches(const std::string& place, std::uint64_t length, const Fetc
     const auto [left, right] = std::mismatch(mine.begin(), mine.end(), other.begin(), other.end());
     if (left == mine.end()) continue;
     const auto at = static_cast<std::size_t>(left - mine.begin());
-    return sink({place, ByteText(length, from + at, std::string_view(mine).substr(at, 1)),
-                 ByteText(otherLength, from + at,
-                          other.substr(static_cast<std::size_t>(right - other.begin()), 1))});
+    return Tell(sink, place, ByteText(length, from + at, std::string_view(mine).substr(at, 1)),
+                ByteText(otherLength, from + at,
+                         other.substr(static_cast<std::size_t>(right - other.begin()), 1)));
   }
   if (length == otherLength) return true;
-  return sink({place, BytesText(length), BytesText(otherLength)});
+  return Tell(sink, place, BytesText(length), BytesText(otherLength));
 }
 
 bool CompareFields(const std::string& place, const FieldView& before, const FieldView& after,
@@ -73,7 +74,7 @@ bool CompareTexts(const std::string& place, const FieldView& before, const Field
   const std::string mine = before.TextBytes();
   const std::string other = after.TextBytes();
   if (mine != other) {
-    return sink({place, "\"" + PrintableText(mine) + "\"", "\"" + PrintableText(other) + "\""});
+    return Tell(sink, place, "\"" + PrintableText(mine) + "\"", "\"" + PrintableText(other) + "\"");
   }
   return CompareBytesOf(place + " (behind the text)", before, {0, before.length()}, after,
                         {0, after.length()}, sink);
@@ -93,9 +94,9 @@ bool CompareNumbers(const std::string& place, const FieldView& before, const Fie
                     const DifferenceSink& sink) {
   const bool rows = before.schema().shape == FieldShape::Rows;
   if (before.columns() != after.columns() && before.count() > 0 && after.count() > 0) {
-    return sink({place, CountText(before), CountText(after)});
+    return Tell(sink, place, CountText(before), CountText(after));
   }
-  if (before.count() != after.count() && !sink({place, CountText(before), CountText(after)})) {
+  if (before.count() != after.count() && !Tell(sink, place, CountText(before), CountText(after))) {
     return false;
   }
   const std::uint64_t columns = before.columns();
@@ -105,14 +106,14 @@ bool CompareNumbers(const std::string& place, const FieldView& before, const Fie
     const std::string at = rows ? Indexed(Indexed(place, i / columns), i % columns)
                            : before.schema().shape == FieldShape::List ? Indexed(place, i)
                                                                        : place;
-    if (!sink({at, ValueText(before, i), ValueText(after, i)})) return false;
+    if (!Tell(sink, at, ValueText(before, i), ValueText(after, i))) return false;
   }
   return true;
 }
 
 bool CompareLists(const std::string& place, const FieldView& before, const FieldView& after,
                   const DifferenceSink& sink) {
-  if (before.count() != after.count() && !sink({place, CountText(before), CountText(after)})) {
+  if (before.count() != after.count() && !Tell(sink, place, CountText(before), CountText(after))) {
     return false;
   }
   const std::uint64_t common = std::min(before.count(), after.count());
@@ -149,6 +150,10 @@ bool CompareFields(const std::string& place, const FieldView& before, const Fiel
 
 }  // namespace
 
+bool Tell(const DifferenceSink& sink, std::string place, std::string before, std::string after) {
+  return sink({std::move(place), std::move(before), std::move(after)});
+}
+
 bool CompareBytes(const std::string& place, ByteSource& before, ByteSource& after,
                   const DifferenceSink& sink) {
   return CompareStretches(
@@ -163,11 +168,11 @@ bool CompareRecords(const std::string& place, const RecordView& before, const Re
     const std::string at = place + "." + field.schema().name;
     const FieldView* other = after.Find(field.schema().name);
     return other != nullptr ? CompareFields(at, field, *other, sink)
-                            : sink({at, BytesText(field.length()), ""});
+                            : Tell(sink, at, BytesText(field.length()), "");
   };
   const auto tellAdded = [&](const FieldView& field) {
     return before.Find(field.schema().name) != nullptr ||
-           sink({place + "." + field.schema().name, "", BytesText(field.length())});
+           Tell(sink, place + "." + field.schema().name, "", BytesText(field.length()));
   };
   return std::all_of(before.fields().begin(), before.fields().end(), compare) &&
          std::all_of(after.fields().begin(), after.fields().end(), tellAdded);
