@@ -24,6 +24,7 @@ using vkcl::testing::DataTag;
 using vkcl::testing::Fault;
 using vkcl::testing::FaultAt;
 using vkcl::testing::ImageEntry;
+using vkcl::testing::ImageTag;
 using vkcl::testing::LcmsView;
 using vkcl::testing::OpenHandles;
 using vkcl::testing::Pattern;
@@ -38,6 +39,7 @@ using vkcl::testing::Sig;
 using vkcl::testing::Slice;
 using vkcl::testing::TableOf;
 using vkcl::testing::TempDir;
+using vkcl::testing::TextTag;
 using vkcl::testing::WriteFile;
 
 unsigned int Length(const Bytes& bytes) { return static_cast<unsigned int>(bytes.size()); }
@@ -1153,6 +1155,67 @@ TEST(ProfilerExport, RefusesFilesThatAreNoProfiles) {
     const std::string path = dir.Write("no.icc", content);
     EXPECT_NE(profiler.Export(path), 0);
     EXPECT_TRUE(SameBytes(ReadFile(path), content));
+  }
+}
+
+TEST(ProfilerExport, LeavesEntriesWithoutDataAsTheyAre) {
+  // Readers pass over entries without a place or a length. With a place, the two of one signature
+  // would make a profile that nobody opens.
+  const TempDir dir;
+  const std::uint32_t start = 132 + 12 * 6;
+  const std::vector<ImageEntry> table = {{Sig("meta"), 0, 8},      {Sig("dead"), 0, 100},
+                                         {Sig("dead"), 0, 33},     {Sig("none"), start, 0},
+                                         {Sig("cprt"), start, 12}, {Sig("none"), start + 4, 0}};
+  const std::string path = dir.Write("dead.icc", RawImage(ProfileHeader(), table, TextTag("abcd")));
+  const Profiler profiler;
+  ASSERT_EQ(profiler.Set("InkTotal", "300"), 0);
+  ASSERT_EQ(profiler.Export(path), 0);
+  const Bytes after = ReadFile(path);
+  std::vector<ImageEntry> now = TableOf(after);
+  ASSERT_EQ(now.size(), table.size());
+  EXPECT_EQ(Big32At(after, now[0].offset), Sig("dict"));
+  EXPECT_EQ(Slice(after, now[4].offset, now[4].size), TextTag("abcd"));
+  now[0] = table[0];
+  now[4].offset = start;
+  EXPECT_EQ(now, table);
+  const Profiler again;
+  EXPECT_EQ(again.Import(path), 0);
+  EXPECT_EQ(again.Get("InkTotal"), "300");
+}
+
+TEST(ProfilerExport, ReplacesTheDictionaryThatIsRead) {
+  const TempDir dir;
+  const std::string path = WithDictionary(dir, "srgb.icc", {{L"InkTotal", L"310"}});
+  const Bytes whole = ReadFile(path);
+  std::vector<ImageEntry> table = TableOf(whole);
+  table.insert(table.begin(), {Sig("meta"), 0, 40});
+  for (ImageEntry& entry : table) entry.offset += entry.offset != 0 ? 12 : 0;
+  const std::size_t bodyStart = 132 + 12 * (table.size() - 1);
+  dir.Write("two.icc", RawImage(Slice(whole, 0, 128), table,
+                                Slice(whole, bodyStart, whole.size() - bodyStart)));
+  const Profiler profiler;
+  ASSERT_EQ(profiler.Set("InkTotal", "300"), 0);
+  ASSERT_EQ(profiler.Export(dir.File("two.icc")), 0);
+  const Profiler again;
+  EXPECT_EQ(again.Import(dir.File("two.icc")), 0);
+  EXPECT_EQ(again.Get("InkTotal"), "300");
+}
+
+TEST(ProfilerExport, RefusesAnEntryMoreThanLittleCmsReads) {
+  const TempDir dir;
+  for (const std::uint32_t count : {99u, 100u}) {
+    std::vector<ImageTag> tags;
+    for (std::uint32_t i = 0; i < count; ++i) tags.push_back({Sig("aaaa") + i, TextTag("x")});
+    const Bytes before = ProfileImage(ProfileHeader(), tags);
+    const std::string path = dir.Write("many.icc", before);
+    const Profiler profiler;
+    ASSERT_EQ(profiler.Set("InkTotal", "300"), 0);
+    EXPECT_EQ(profiler.Export(path) == 0, count == 99);
+    if (count == 100) {
+      EXPECT_TRUE(SameBytes(ReadFile(path), before));
+    }
+    const Profiler again;
+    EXPECT_EQ(again.Import(path) == 0, count == 99);
   }
 }
 

@@ -152,11 +152,14 @@ Bytes TagData(const Context& context, const Dictionary& dictionary) {
   return data;
 }
 
+// Little CMS opens no profile with more.
+constexpr std::size_t kMostTags = 100;
+
 struct Entry {
   std::uint32_t sig;
   std::uint32_t offset;
   std::uint32_t size;
-  const std::uint8_t* data;
+  const std::uint8_t* data;  // null for one without data, which readers pass over
 };
 
 // False when the table or a tag is not wholly in the file.
@@ -169,18 +172,31 @@ bool ReadTable(const std::uint8_t* file, std::size_t length, std::vector<Entry>&
     const Entry entry = {LoadBig32(row), LoadBig32(row + 4), LoadBig32(row + 8), nullptr};
     if (std::uint64_t{entry.offset} + entry.size > length) return false;
     table.push_back(entry);
-    table.back().data = file + entry.offset;
+    if (entry.offset != 0 && entry.size != 0) table.back().data = file + entry.offset;
   }
   return true;
 }
 
-// Puts the entries' data one behind the other; entries that share a block go on sharing it.
+// The entry of the dictionary, the one that is read where there are several; a new one at the end
+// where there is none.
+Entry& DictionaryEntry(std::vector<Entry>& table) {
+  Entry* found = nullptr;
+  for (Entry& entry : table) {
+    if (entry.sig != cmsSigMetaTag) continue;
+    if (found == nullptr || found->data == nullptr) found = &entry;
+  }
+  return found != nullptr ? *found : table.emplace_back(Entry{cmsSigMetaTag, 0, 0, nullptr});
+}
+
+// Puts the entries' data one behind the other; entries that share a block go on sharing it, and
+// those without data stay as they are: with a place they would be read.
 std::vector<FilePiece> LayOut(std::vector<Entry>& table, std::uint64_t& end) {
   static constexpr std::uint8_t kZeros[4] = {};
   std::map<std::pair<const std::uint8_t*, std::uint32_t>, std::uint32_t> placed;
   std::vector<FilePiece> pieces;
   end = kTableStart + kEntrySize * table.size();
   for (Entry& entry : table) {
+    if (entry.data == nullptr) continue;
     const auto [place, isNew] =
         placed.try_emplace({entry.data, entry.size}, static_cast<std::uint32_t>(end));
     entry.offset = place->second;
@@ -198,11 +214,10 @@ int ReplaceDictionary(const std::string& path, const FileContent& content, const
   const auto* file = reinterpret_cast<const std::uint8_t*>(content.bytes.get());
   std::vector<Entry> table;
   if (data.empty() || !ReadTable(file, content.size, table)) return kRefused;
-  const auto isDictionary = [](const Entry& entry) { return entry.sig == cmsSigMetaTag; };
-  auto place = std::find_if(table.begin(), table.end(), isDictionary);
-  if (place == table.end()) place = table.insert(place, Entry{cmsSigMetaTag, 0, 0, nullptr});
-  place->data = data.data();
-  place->size = static_cast<std::uint32_t>(data.size());
+  Entry& dictionary = DictionaryEntry(table);
+  dictionary.data = data.data();
+  dictionary.size = static_cast<std::uint32_t>(data.size());
+  if (table.size() > kMostTags) return kRefused;
 
   std::uint64_t end = 0;
   std::vector<FilePiece> pieces = LayOut(table, end);
