@@ -13,9 +13,9 @@ namespace vkcl {
 /// A piece of the file as it is to become: `length` bytes that stand at `at`, taken from memory,
 /// or, where `bytes` is null, from the file as it was, beginning at `from`.
 struct FilePiece {
-  std::uint64_t at;
-  std::uint64_t length;
-  const void* bytes;
+  std::uint64_t at = 0;
+  std::uint64_t length = 0;
+  const void* bytes = nullptr;
   std::uint64_t from = 0;
 };
 

@@ -39,6 +39,7 @@ PieceHead* RingOf(cmsContext context) {
 
 void* Allocate(cmsContext context, cmsUInt32Number size) {
   if (size > kMost) return nullptr;
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): Little CMS wants pieces that can be resized
   void* memory = std::malloc(sizeof(PieceHead) + size);
   if (memory == nullptr) return nullptr;
   auto* piece = new (memory) PieceHead();
@@ -50,7 +51,7 @@ void Release(cmsContext /*context*/, void* data) {
   if (data == nullptr) return;
   PieceHead* piece = static_cast<PieceHead*>(data) - 1;
   Part(piece);
-  std::free(piece);
+  std::free(piece);  // NOLINT(cppcoreguidelines-no-malloc)
 }
 
 void* Resize(cmsContext context, void* data, cmsUInt32Number size) {
@@ -59,6 +60,7 @@ void* Resize(cmsContext context, void* data, cmsUInt32Number size) {
   PieceHead* piece = static_cast<PieceHead*>(data) - 1;
   PieceHead* ring = piece->before == piece ? nullptr : piece->before;
   Part(piece);
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
   void* moved = std::realloc(piece, sizeof(PieceHead) + size);
   PieceHead* now = moved != nullptr ? new (moved) PieceHead() : piece;
   if (ring != nullptr) Join(ring, now);
@@ -84,7 +86,11 @@ void DeleteContext(cmsContext context) {
   if (context == nullptr) return;
   const std::unique_ptr<PieceHead> ring(RingOf(context));
   cmsDeleteContext(context);
-  while (ring->behind != ring.get()) Release(nullptr, ring->behind + 1);
+  for (PieceHead* piece = ring->behind; piece != ring.get();) {
+    PieceHead* const next = piece->behind;
+    std::free(piece);  // NOLINT(cppcoreguidelines-no-malloc)
+    piece = next;
+  }
 }
 
 }  // namespace vkcl::profiler

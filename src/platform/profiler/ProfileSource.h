@@ -37,7 +37,7 @@ class ProfileSource {
   std::uint64_t length_ = 0;
   std::uint64_t position_ = 0;
   // What was read last: Little CMS asks for a few bytes at a time.
-  std::array<char, 4096> window_;
+  std::array<char, 4096> window_ = {};
   std::uint64_t windowStart_ = 0;
   std::uint64_t windowEnd_ = 0;
   cmsIOHANDLER handler_ = {};

@@ -48,7 +48,7 @@ Bytes CarrierOf(const Bytes& element) {
   constexpr std::size_t kStart = kTableStart + kEntrySize;
   Bytes carrier(kStart);
   carrier.insert(carrier.end(), element.begin(), element.end());
-  StoreBig32(&carrier[0], static_cast<std::uint32_t>(carrier.size()));
+  StoreBig32(carrier.data(), static_cast<std::uint32_t>(carrier.size()));
   StoreBig32(&carrier[8], 0x04300000);
   StoreBig32(&carrier[36], cmsMagicNumber);
   StoreBig32(&carrier[128], 1);
