@@ -280,7 +280,8 @@ std::vector<Finding> CheckProfile(const AFilePath& path) {
     findings = examination.Run();
     return examination.good();
   });
-  return read ? findings : unreadable;
+  if (!read) return unreadable;
+  return findings;
 }
 
 Severity GravestOf(const std::vector<Finding>& findings) {
