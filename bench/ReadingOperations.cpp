@@ -50,16 +50,18 @@ bool Classify(const std::string& path) {
   return IsClassified(handler) && handler.GetVKCLProfileFinishedState(byStatus, 0) != 0;
 }
 
-Operation OpeningOnly(const std::string& name, double goal, const Bytes& profile,
-                      bool (*ours)(const std::string&), bool (*withLcms)(const std::string&)) {
+// The floor reads the settings too, where the operation asks for the status in them.
+Operation Opening(const std::string& name, double goal, const Bytes& profile, bool settings,
+                  bool (*ours)(const std::string&), bool (*withLcms)(const std::string&)) {
   return {
       .name = name,
       .goal = goal,
       .floor =
-          [&profile](const Folder& folder) {
+          [&profile, settings](const Folder& folder) {
             const std::string path = folder.Write("p.icc", profile);
             const Places places = PlacesIn(profile);
-            return Way{[=] { return bare::Look(path, places.table, {0, 0}); }};
+            const bare::Part part = settings ? places.settings : bare::Part{0, 0};
+            return Way{[=] { return bare::Look(path, places.table, part); }};
           },
       .lcms =
           [&profile, withLcms](const Folder& folder) {
@@ -75,26 +77,7 @@ Operation OpeningOnly(const std::string& name, double goal, const Bytes& profile
 }
 
 Operation Classifying(const std::string& what, const Bytes& profile) {
-  return {
-      .name = "open and classify, " + what,
-      .goal = kGoal,
-      .floor =
-          [&profile](const Folder& folder) {
-            const std::string path = folder.Write("p.icc", profile);
-            const Places places = PlacesIn(profile);
-            return Way{[=] { return bare::Look(path, places.table, places.settings); }};
-          },
-      .lcms =
-          [&profile](const Folder& folder) {
-            const std::string path = folder.Write("p.icc", profile);
-            return Way{[=] { return lcms::Classify(path); }};
-          },
-      .ours =
-          [&profile](const Folder& folder) {
-            const std::string path = folder.Write("p.icc", profile);
-            return Way{[=] { return Classify(path); }};
-          },
-  };
+  return Opening("open and classify, " + what, kGoal, profile, true, Classify, lcms::Classify);
 }
 
 // A record of a profile that is known: of a handler that lives, of a handle that is kept.
@@ -201,9 +184,9 @@ Operation ManyFiles(unsigned threads) {
 
 void AddReading(std::vector<Operation>& operations) {
   const Bytes& usual = OwnProfile(kUsualLength, kUsualTags);
-  operations.push_back(OpeningOnly("open, 190 KB", 0, usual, Open, lcms::Open));
-  operations.push_back(OpeningOnly("open and classify by the tags, 190 KB", kGoal, usual,
-                                   ClassifyByTags, lcms::ClassifyByTags));
+  operations.push_back(Opening("open, 190 KB", 0, usual, false, Open, lcms::Open));
+  operations.push_back(Opening("open and classify by the tags, 190 KB", kGoal, usual, false,
+                               ClassifyByTags, lcms::ClassifyByTags));
   for (const std::size_t length : kLengths) {
     operations.push_back(Classifying(LengthText(length), OwnProfile(length, TagsFor(length))));
   }
