@@ -831,6 +831,28 @@ TEST(ProfilerImport, OfADictionaryCutAnywhereGivesTheWholeValueOrNone) {
   EXPECT_GT(refused, 32);  // without its head and its first record there is nothing to read
 }
 
+TEST(ProfilerImport, RefusesADictionaryOfMoreThan64Megabytes) {
+  const TempDir dir;
+  constexpr std::uint32_t kMost = 64u << 20;
+  // One record, with its name at 32 and its value at 48; nothing else is in the element.
+  Bytes element(54);
+  std::copy_n("dict", 4, element.begin());
+  const std::uint32_t numbers[] = {1, 16, 32, 16, 48, 6};
+  for (std::size_t i = 0; i < 6; ++i) vkcl::testing::SetBig32(element, 8 + 4 * i, numbers[i]);
+  const std::string texts = "InkTotal300";
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    element[33 + 2 * i] = static_cast<unsigned char>(texts[i]);
+  }
+  for (const std::uint32_t size : {kMost, kMost + 1}) {
+    Bytes head = vkcl::testing::RawImage(ProfileHeader(), {{Sig("meta"), 144, size}}, element);
+    vkcl::testing::SetBig32(head, 0, 144 + size);
+    const std::string path = dir.Write("large.icc", head);
+    std::filesystem::resize_file(path, 144 + std::uint64_t{size});
+    const Profiler profiler;
+    EXPECT_EQ(profiler.Import(path) == 0, size == kMost);
+  }
+}
+
 TEST(ProfilerImport, OfADamagedDictionaryDoesNoHarm) {
   const TempDir dir;
   const Bytes whole = ReadFile(WithDictionary(
