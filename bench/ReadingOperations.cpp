@@ -1,5 +1,6 @@
 // Opening, classifying, reading one record; and the same over many files.
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <thread>
@@ -9,6 +10,7 @@
 #include "Lcms.h"
 #include "Operation.h"
 #include "handler/VKCLProfileHandler.h"
+#include "profile/ProfileIdentity.h"
 #include "profile/TableLayout.h"
 
 namespace vkcl::bench {
@@ -43,15 +45,26 @@ bool ClassifyByTags(const std::string& path) {
   return IsClassified(VKCLProfileHandler(AFilePath(path), 0));
 }
 
-// As the tool shows a profile: the status in the colour parameters takes part.
-bool Classify(const std::string& path) {
+// An object answers question by question, and opens the file anew for the status.
+bool ClassifyWithAnObject(const std::string& path) {
   const VKCLProfileHandler handler(AFilePath(path), 0);
   VKCLProfileFinishedState byStatus = FinishedNone;
   return IsClassified(handler) && handler.GetVKCLProfileFinishedState(byStatus, 0) != 0;
 }
 
-// The floor reads the settings too, where the operation asks for the status in them.
-Operation Opening(const std::string& name, double goal, const Bytes& profile, bool settings,
+bool Classify(const std::string& path) {
+  ProfileIdentity identity;
+  return IdentifyProfile(AFilePath(path), 0, identity) && identity.isOutput && identity.isOwn &&
+         identity.colorSpace == icSigCmykData && identity.byTags != FinishedNone &&
+         identity.byStatus != FinishedNone;
+}
+
+// The bytes of the colour parameters that an operation looks at: those up to the status, all of
+// them, or none.
+constexpr std::size_t kStatus = kDataHead + offsetof(VKColorParam, status) + 4;
+constexpr std::size_t kSettings = kDataHead + sizeof(VKColorParam);
+
+Operation Opening(const std::string& name, double goal, const Bytes& profile, std::size_t settings,
                   bool (*ours)(const std::string&), bool (*withLcms)(const std::string&)) {
   return {
       .name = name,
@@ -60,7 +73,7 @@ Operation Opening(const std::string& name, double goal, const Bytes& profile, bo
           [&profile, settings](const Folder& folder) {
             const std::string path = folder.Write("p.icc", profile);
             const Places places = PlacesIn(profile);
-            const bare::Part part = settings ? places.settings : bare::Part{0, 0};
+            const bare::Part part = {places.settings.offset, settings};
             return Way{[=] { return bare::Look(path, places.table, part); }};
           },
       .lcms =
@@ -77,7 +90,7 @@ Operation Opening(const std::string& name, double goal, const Bytes& profile, bo
 }
 
 Operation Classifying(const std::string& what, const Bytes& profile) {
-  return Opening("open and classify, " + what, kGoal, profile, true, Classify, lcms::Classify);
+  return Opening("open and classify, " + what, kGoal, profile, kStatus, Classify, lcms::Classify);
 }
 
 // A record of a profile that is known: of a handler that lives, of a handle that is kept.
@@ -167,14 +180,14 @@ Setup OnManyFiles(unsigned threads, Look look) {
 
 Operation ManyFiles(unsigned threads) {
   const Places places = PlacesIn(OwnProfile(kLengths[0], kFewTags));
+  const bare::Part status = {places.settings.offset, kStatus};
   return {
       .name = "open and classify 1,000 files, " + std::to_string(threads) +
               (threads == 1 ? " thread" : " threads"),
       .goal = kGoal,
       .counts = threads == 1,
       .floor = OnManyFiles(
-          threads,
-          [=](const std::string& path) { return bare::Look(path, places.table, places.settings); }),
+          threads, [=](const std::string& path) { return bare::Look(path, places.table, status); }),
       .lcms = OnManyFiles(threads, lcms::Classify),
       .ours = OnManyFiles(threads, Classify),
   };
@@ -184,8 +197,8 @@ Operation ManyFiles(unsigned threads) {
 
 void AddReading(std::vector<Operation>& operations) {
   const Bytes& usual = OwnProfile(kUsualLength, kUsualTags);
-  operations.push_back(Opening("open, 190 KB", 0, usual, false, Open, lcms::Open));
-  operations.push_back(Opening("open and classify by the tags, 190 KB", kGoal, usual, false,
+  operations.push_back(Opening("open, 190 KB", 0, usual, 0, Open, lcms::Open));
+  operations.push_back(Opening("open and classify by the tags, 190 KB", kGoal, usual, 0,
                                ClassifyByTags, lcms::ClassifyByTags));
   for (const std::size_t length : kLengths) {
     operations.push_back(Classifying(LengthText(length), OwnProfile(length, TagsFor(length))));
@@ -196,6 +209,8 @@ void AddReading(std::vector<Operation>& operations) {
     if (tags > 100) operation.lcms = {};  // Little CMS refuses as many
     operations.push_back(operation);
   }
+  operations.push_back(Opening("open and classify with an object, 190 KB", 0, usual, kSettings,
+                               ClassifyWithAnObject, lcms::Classify));
   operations.push_back(ReadingRecord("190 KB", usual));
   operations.push_back(ReadingRecord("64 MB", OwnProfile(kLengths[3], kUsualTags)));
   operations.push_back(OpeningAndReading("190 KB", usual));

@@ -7,6 +7,7 @@
 #include "inspect/ProfileCheck.h"
 #include "inspect/ProfileDiff.h"
 #include "inspect/ProfileDocument.h"
+#include "profile/ProfileIdentity.h"
 #include "profile/TagLayout.h"
 
 using vkcl::fuzz::Demand;
@@ -30,6 +31,20 @@ void AskProfile(const VKCLProfile& profile) {
   }
 }
 
+// The file by itself is told to be what an object on it answers.
+void AskFile(const VKCLProfile& profile, int channels) {
+  vkcl::ProfileIdentity identity;
+  const bool known = vkcl::IdentifyProfile(profile.filePath, channels, identity);
+  Demand(known == (profile.isValidICC() != 0), "a file is a profile where an object on it is");
+  if (!known) return;
+  VKCLProfileFinishedState byTags = FinishedNone;
+  VKCLProfileFinishedState byStatus = FinishedNone;
+  profile.GetVKCLProfileFinishedState(byTags, 1);
+  profile.GetVKCLProfileFinishedState(byStatus, 0);
+  Demand(identity.byTags == byTags && identity.byStatus == byStatus, "its state is the same");
+  Demand(identity.isOwn == (profile.isVKCLProfile() != 0), "so is whose it is");
+}
+
 void AskHandler(const VKCLProfileHandler& handler) {
   VKCLProfileProperties properties;
   handler.GetVKCLProfileProperties(properties, 1);
@@ -45,6 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const int channels : {0, 3}) {
     VKCLProfileHandler handler(AFilePath(path), channels);
     AskProfile(*handler.GetProfilePtr());
+    AskFile(*handler.GetProfilePtr(), channels);
     AskHandler(handler);
   }
   vkcl::CheckProfile(AFilePath(path));

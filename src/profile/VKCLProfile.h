@@ -35,6 +35,7 @@ class VKCLProfile;
 
 namespace vkcl {
 struct FilePiece;
+struct ProfileIdentity;
 struct ProfilePeer;
 struct TagChange;
 /// Whether tags that share their data get a copy each in a file that is written anew.
@@ -45,6 +46,9 @@ enum class TagBlocks : bool {
 /// What WriteArranged and WriteChanged have in common (TagLayout.h).
 bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, TagBlocks blocks,
                AFile& to);
+/// See ProfileIdentity.h.
+VKCL_API bool IdentifyProfile(const AFilePath& path, int channelCount,
+                              ProfileIdentity& identity) noexcept;
 }  // namespace vkcl
 
 /// One ICC profile file: its header, its tag table, and operations on the tags in it.
@@ -147,8 +151,12 @@ class VKCL_API VKCLProfile {
   friend struct vkcl::ProfilePeer;
   friend bool vkcl::WriteTags(const VKCLProfile& profile, std::span<const vkcl::TagChange> changes,
                               vkcl::TagBlocks blocks, AFile& to);
+  friend bool vkcl::IdentifyProfile(const AFilePath& path, int channelCount,
+                                    vkcl::ProfileIdentity& identity) noexcept;
 
-  void Load();
+  // Of no file; Load fills it.
+  explicit VKCLProfile(int channelCount) noexcept;
+  void Load(AFile& file);
   static void ReverseICCHeader(icHeader* h);
   void CopyFrom(const VKCLProfile& other);
   int GetTagIndex(icTag tag, unsigned long& index) const;
@@ -164,6 +172,9 @@ class VKCL_API VKCLProfile {
   bool ReadWhole(const icTag& tag, std::size_t headSize, void* out) const;
   struct TypedRead;
   bool ReadTyped(const icTag& tag, const TypedRead& what) const;
+  static bool ReadTyped(AFile& file, const icTag& tag, const TypedRead& what);
+  bool ReadContentStart(AFile& file, VKPrivateTagSignature sig, void* out,
+                        unsigned long& length) const;
 
   int UpdateVKPrivateTag(int index, const void* data, unsigned long length);
   int OverwriteTag(const icTag& entry, const void* data);

@@ -62,14 +62,15 @@ VKCLProfile::VKCLProfile(const AFilePath& path, int channelCountArgument) noexce
     : channelCount(channelCountArgument) {
   vkcl::Guarded([&] {
     filePath = path;
-    Load();
+    AFile file;
+    if (file.open(filePath, AFile::Read)) Load(file);
     return true;
   });
 }
 
-void VKCLProfile::Load() {
-  AFile file;
-  if (!file.open(filePath, AFile::Read)) return;
+VKCLProfile::VKCLProfile(int channelCountArgument) noexcept : channelCount(channelCountArgument) {}
+
+void VKCLProfile::Load(AFile& file) {
   const std::int64_t length = file.length();
   if (length < 0) return;
   fileLength_ = static_cast<std::uint64_t>(length);

@@ -55,7 +55,10 @@ bool VKCLProfile::FileHolds(const icTag& tag) const {
 bool VKCLProfile::ReadTyped(const icTag& tag, const TypedRead& what) const {
   if (!FileHolds(tag)) return false;
   AFile file;
-  if (!file.open(filePath, AFile::Read)) return false;
+  return file.open(filePath, AFile::Read) && ReadTyped(file, tag, what);
+}
+
+bool VKCLProfile::ReadTyped(AFile& file, const icTag& tag, const TypedRead& what) {
   std::array<std::uint8_t, kDataHead> head = {};
   const auto isType = [&] { return vkcl::LoadBig32(head.data()) == what.type; };
   const std::size_t both = what.headSize + what.length;
@@ -78,6 +81,17 @@ bool VKCLProfile::ReadTyped(const icTag& tag, const TypedRead& what) const {
   return ReadPieces(file, tag.offset, {{head.data(), what.headSize}}) == what.headSize &&
          isType() &&
          ReadPieces(file, tag.offset + what.headSize, {{what.out, what.length}}) == what.length;
+}
+
+// The first `length` bytes, or as many as there are, of the content of a tag that `file`, the
+// profile's own, held when it was loaded. On failure `out` may have been written to.
+bool VKCLProfile::ReadContentStart(AFile& file, VKPrivateTagSignature sig, void* out,
+                                   unsigned long& length) const {
+  const icTag* tag = FindTag(sig);
+  if (tag == nullptr || tag->size < kDataHead) return false;
+  if (std::uint64_t{tag->offset} + tag->size > fileLength_) return false;
+  length = std::min<unsigned long>(tag->size - kDataHead, length);
+  return ReadTyped(file, *tag, {icSigDataType, kDataHead, out, length, true});
 }
 
 int VKCLProfile::ReadDataTypeContent(icTag tag, char* out) const {

@@ -2,7 +2,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/Guarded.h"
+#include "platform/plinth/AFile.h"
 #include "privatetags/ParameterRecords.h"
+#include "profile/ProfileIdentity.h"
 #include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
@@ -69,6 +72,26 @@ bool IsOwn(unsigned evidence) {
 
 constexpr std::int32_t kStatusHeldBack = 9;
 constexpr std::uint32_t kBareInkLimit = 140;  // a longer 'QX51' payload carries more than limits
+// Where the status ends in the colour parameters.
+constexpr unsigned long kStatusEnd = offsetof(VKColorParam, status) + sizeof(VKColorParam::status);
+
+// A payload that ends before or within the status has none.
+bool HoldsBack(const VKColorParam& param, unsigned long length) {
+  return length >= kStatusEnd && param.status == kStatusHeldBack;
+}
+
+// The state of one of the system's own profiles, whose 'QX51' has that entry.
+VKCLProfileFinishedState StateOf(unsigned evidence, const icTag& inkLimit, bool heldBack) {
+  if (!heldBack) {
+    for (const DecidingEvidence& deciding : kDeciding) {
+      if ((evidence & deciding.evidence) != 0) return deciding.state;
+    }
+  }
+  // The difference is unsigned: an entry below 12 bytes counts as a long one.
+  const bool longInkLimit = inkLimit.size - vkcl::kDataHead > kBareInkLimit;
+  if (longInkLimit || (evidence & kLinearisation) != 0) return FinishedLinearisation;
+  return (evidence & kSplit) != 0 ? FinishedInkSplit : FinishedInkLimit;
+}
 
 }  // namespace
 
@@ -85,23 +108,37 @@ int VKCLProfile::GetVKCLProfileFinishedState(VKCLProfileFinishedState& state,
     VKColorParam param;
     unsigned long length = 0;
     if (ReadVKPrivateTag(QX53, &param, sizeof param, &length) == 0) return 0;
-    // A payload that ends before or within the status has none.
-    constexpr unsigned long kStatusEnd = offsetof(VKColorParam, status) + sizeof param.status;
-    heldBack = length >= kStatusEnd && param.status == kStatusHeldBack;
+    heldBack = HoldsBack(param, length);
   }
-  if (!heldBack) {
-    for (const DecidingEvidence& deciding : kDeciding) {
-      if ((evidence & deciding.evidence) == 0) continue;
-      state = deciding.state;
-      return 1;
-    }
-  }
-  // The difference is unsigned: an entry below 12 bytes counts as a long one.
-  const bool longInkLimit = FindTag(QX51)->size - vkcl::kDataHead > kBareInkLimit;
-  if (longInkLimit || (evidence & kLinearisation) != 0) {
-    state = FinishedLinearisation;
-  } else {
-    state = (evidence & kSplit) != 0 ? FinishedInkSplit : FinishedInkLimit;
-  }
+  state = StateOf(evidence, *FindTag(QX51), heldBack);
   return 1;
+}
+
+bool vkcl::IdentifyProfile(const AFilePath& path, int channelCount,
+                           ProfileIdentity& identity) noexcept {
+  return Guarded([&] {
+    AFile file;
+    if (!file.open(path, AFile::Read)) return false;
+    VKCLProfile profile(channelCount);
+    profile.Load(file);
+    if (profile.valid == 0) return false;
+
+    const unsigned evidence = EvidenceIn(profile);
+    identity = {.deviceClass = profile.GetDeviceClass(),
+                .colorSpace = profile.GetColorSpace(),
+                .pcs = profile.GetPCS(),
+                .channelCount = profile.channelCount,
+                .tagCount = profile.tagCount,
+                .isOutput = profile.isValidOutputICC() != 0,
+                .isOwn = IsOwn(evidence)};
+    if (!identity.isOwn) return true;
+    const icTag& inkLimit = *profile.FindTag(QX51);
+    identity.byTags = StateOf(evidence, inkLimit, false);
+    VKColorParam param;
+    unsigned long length = kStatusEnd;
+    if (profile.ReadContentStart(file, QX53, &param, length)) {
+      identity.byStatus = StateOf(evidence, inkLimit, HoldsBack(param, length));
+    }
+    return true;
+  });
 }

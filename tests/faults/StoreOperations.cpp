@@ -4,6 +4,7 @@
 
 #include "faults/Operations.h"
 #include "faults/SampleFiles.h"
+#include "profile/ProfileIdentity.h"
 #include "support/ImageBuilder.h"
 
 namespace vkcl::testing {
@@ -117,6 +118,21 @@ void AddReaders(std::vector<Operation>& all) {
                    VKCLProfileFinishedState state = FinishedNone;
                    return p.GetVKCLProfileFinishedState(state, 0) != 0 && state == FinishedProfile;
                  })});
+  all.push_back({"vkcl::IdentifyProfile", [](const TempDir& dir) {
+                   struct Known {
+                     AFilePath path;
+                     ProfileIdentity identity;
+                   };
+                   return With<Known>(
+                       [](Known& known) {
+                         return IdentifyProfile(known.path, 0, known.identity) &&
+                                known.identity.byTags == FinishedProfile;
+                       },
+                       [](const Known& known) { return Show(known.identity); },
+                       Known{AFilePath(dir.File("p.icc")), {}});
+                 }});
+  // Colour parameters that cannot be read give no state with the status.
+  all.back().systemFaults = Faults::Tell;
   all.push_back({"VKCLProfile::ReadVKPrivateTag", Reads([](Reading& r) {
                    r.size = 77;
                    return r.profile.ReadVKPrivateTag(QX66, r.buffer, nullptr);

@@ -1,5 +1,8 @@
 #include "profile/VKCLProfile.h"
 
+#include <filesystem>
+
+#include "profile/ProfileIdentity.h"
 #include "support/ImageBuilder.h"
 #include "support/TempDir.h"
 
@@ -47,6 +50,13 @@ class VKCLProfileState : public ::testing::Test {
     auto state = static_cast<VKCLProfileFinishedState>(77);
     const int result = profile.GetVKCLProfileFinishedState(state, ignoreStatus);
     EXPECT_EQ(result, state != FinishedNone ? 1 : 0);
+    // The same is told of the file by itself.
+    vkcl::ProfileIdentity identity;
+    if (std::filesystem::exists(profile.filePath.str())) {
+      EXPECT_EQ(vkcl::IdentifyProfile(profile.filePath, 0, identity), profile.isValidICC() != 0);
+      EXPECT_EQ(identity.isOwn, profile.isVKCLProfile() != 0);
+      EXPECT_EQ(ignoreStatus != 0 ? identity.byTags : identity.byStatus, state);
+    }
     return state;
   }
   int State(const std::vector<ImageTag>& tags, int ignoreStatus) const {
