@@ -238,7 +238,9 @@ EditState ProfileEdit::Finish() {
   // A copy that was made while somebody wrote is a mixture.
   if (!whole) return isChanged() ? EditState::Changed : EditState::Damaged;
   if (!work.copy->settle()) return isChanged() ? EditState::Changed : EditState::NotPlaced;
-  // Again, as late as can be: what others write from here on is lost.
+  // Of edits that end at the same moment the first one wins, and the others see it.
+  if (!work.copy->holdPlace()) return isChanged() ? EditState::Changed : EditState::NotPlaced;
+  // Again, as late as can be: what others write into the profile from here on is lost.
   if (isChanged()) return EditState::Changed;
   return work.copy->takePlace() ? EditState::Done : EditState::NotPlaced;
 }

@@ -35,7 +35,11 @@ VKCL_API const char* EditStateText(EditState state);
 
 /// One edit of one profile. Until Commit has succeeded the profile is as it was, and a crash at any
 /// moment leaves the old profile or the new one, whole. What a crash leaves beside the profile, a
-/// file named ".vkcl-....new", is removed by the next edit in that folder.
+/// file named ".vkcl-....new", is removed by the next edit in that folder. Of edits of one profile
+/// that overlap, in whatever threads and processes, the first that is committed wins, and the
+/// others become EditState::Changed. (On Windows, where a file that is open is not replaced, and on
+/// file systems without locks, two that are committed within the same instant may both be Done, and
+/// the last one is what stays.)
 class VKCL_API ProfileEdit {
  public:
   /// What to do with a profile that has other names.

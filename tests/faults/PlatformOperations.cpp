@@ -39,13 +39,14 @@ Operation On(const char* names, Run run, FilesLeft left = FilesLeft::Old,
 void AddFiles(std::vector<Operation>& all) {
   all.push_back(
       On("AFile::open AFile::read AFile::seek AFile::length AFile::readAt "
-         "AFile::tryLock AFile::hasName AFile::close AFile::~AFile",
+         "AFile::tryLock AFile::waitForLock AFile::hasName AFile::close AFile::~AFile",
          [](Files& f) {
            AFile file;
            host::MutableSlice slices[] = {{f.buffer, 9}, {f.buffer + 50, 30}};
            return file.open(f.path, AFile::Read) && file.length() == 300 && file.tryLock() &&
-                  file.hasName() && file.seek(5) && file.read(f.buffer + 100, 200) == 200 &&
-                  file.readAt(7, slices) == 39 && file.close();
+                  file.waitForLock(std::chrono::seconds(1)) && file.hasName() && file.seek(5) &&
+                  file.read(f.buffer + 100, 200) == 200 && file.readAt(7, slices) == 39 &&
+                  file.close();
          }));
   all.push_back(On(
       "AFile::write AFile::writeAt AFile::setLength AFile::sync",

@@ -1,6 +1,8 @@
 #include "platform/plinth/AFile.h"
 
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
@@ -77,8 +79,48 @@ TEST(AFile, WithoutAFileNothingMoves) {
   EXPECT_FALSE(file.setLength(0));
   EXPECT_FALSE(file.sync());
   EXPECT_FALSE(file.tryLock());
+  EXPECT_FALSE(file.waitForLock(std::chrono::milliseconds(0)));
   EXPECT_FALSE(file.hasName());
   EXPECT_TRUE(file.close());
+}
+
+TEST(AFile, WaitsForALockAsLongAsItIsTold) {
+  const TempDir dir;
+  const AFilePath path(dir.Write("f", {1, 2}));
+  AFile first;
+  AFile second;
+  ASSERT_TRUE(first.open(path, AFile::Read));
+  ASSERT_TRUE(second.open(path, AFile::ReadWrite));
+  ASSERT_TRUE(first.tryLock());
+  EXPECT_FALSE(second.tryLock());
+  EXPECT_FALSE(second.waitForLock(std::chrono::milliseconds(0)));
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(second.waitForLock(std::chrono::milliseconds(30)));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+
+  std::thread release([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    first.close();
+  });
+  EXPECT_TRUE(second.waitForLock(std::chrono::minutes(1)));
+  release.join();
+  ASSERT_TRUE(first.open(path, AFile::Read));
+  EXPECT_FALSE(first.tryLock());
+}
+
+TEST(AFile, WaitsForNobodyWhereThereAreNoLocks) {
+  const TempDir dir;
+  const AFilePath path(dir.Write("f", {1, 2}));
+  AFile file;
+  ASSERT_TRUE(file.open(path, AFile::Read));
+  {
+    const FaultAt fault(0, Fault::Error);
+    EXPECT_TRUE(file.waitForLock(std::chrono::minutes(1)));
+    ASSERT_TRUE(FaultAt::Reached());
+  }
+  AFile other;
+  ASSERT_TRUE(other.open(path, AFile::Read));
+  EXPECT_TRUE(other.tryLock());
 }
 
 TEST(AFile, OpensNothingThatIsNeitherReadNorWritten) {

@@ -272,6 +272,65 @@ TEST(SiblingFile, OthersMayClearUpAtAnyMoment) {
   }
 }
 
+TEST(SiblingFile, OneAtATimeHoldsThePlace) {
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  SiblingFile first{place};
+  SiblingFile second{place};
+  ASSERT_TRUE(first.exists() && second.exists());
+  EXPECT_TRUE(first.holdPlace());
+  EXPECT_FALSE(second.holdPlace(std::chrono::milliseconds(5)));
+  ASSERT_TRUE(Fill(first));
+  ASSERT_TRUE(first.takePlace());
+  // The place is that of another file now, and free, although the first object is still there.
+  EXPECT_TRUE(second.holdPlace(std::chrono::milliseconds(0)));
+  SiblingFile third{place};
+  EXPECT_FALSE(third.holdPlace(std::chrono::milliseconds(0)));
+}
+
+TEST(SiblingFile, ThePlaceIsFreeWhenTheNewFileIsGone) {
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  {
+    SiblingFile dropped{place};
+    ASSERT_TRUE(dropped.holdPlace());
+  }
+  SiblingFile next{place};
+  EXPECT_TRUE(next.holdPlace(std::chrono::milliseconds(0)));
+}
+
+TEST(SiblingFile, WhatHasBeenReplacedMeanwhileIsNotThePlace) {
+  const FoldersInMemory memory;
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  SiblingFile sibling{place};
+  ASSERT_TRUE(sibling.exists());
+  {
+    // Somebody replaces the file when it has been opened and is about to be locked.
+    const ActionAt at(1, [&] {
+      dir.Write("g", kNew);
+      std::filesystem::rename(dir.File("g"), dir.File("f"));
+    });
+    EXPECT_TRUE(sibling.holdPlace());
+    ASSERT_TRUE(ActionAt::Reached());
+  }
+  SiblingFile other{place};
+  EXPECT_FALSE(other.holdPlace(std::chrono::milliseconds(0)));  // it is the new one that is held
+}
+
+TEST(SiblingFile, APlaceThatCannotBeOpenedIsNotHeld) {
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  SiblingFile sibling{place};
+  ASSERT_TRUE(sibling.exists());
+  std::filesystem::remove(place.str());
+  EXPECT_FALSE(sibling.holdPlace());
+  // Where nothing was there is nothing to hold.
+  SiblingFile fresh{AFilePath(dir.File("fresh"))};
+  ASSERT_TRUE(fresh.exists());
+  EXPECT_TRUE(fresh.holdPlace());
+}
+
 TEST(SiblingFile, ThereIsNothingToRemoveWhereNothingWasLeft) {
   const TempDir dir;
   dir.Write("f", kOld);

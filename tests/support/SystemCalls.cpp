@@ -238,9 +238,9 @@ bool Sync(Handle handle) noexcept {
   return plain_host::Sync(handle);
 }
 
-bool TryLock(Handle handle) noexcept {
+Lock TryLock(Handle handle) noexcept {
   testing::Record(CallKind::Lock);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsDue() && testing::plan.fault == Fault::Error) return Lock::Impossible;
   return plain_host::TryLock(handle);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/plinth/AFile.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace host = vkcl::host;
 
@@ -91,7 +92,17 @@ bool AFile::setLength(std::uint64_t length) { return isOpen() && host::SetLength
 
 bool AFile::sync() { return isOpen() && host::Sync(handle_); }
 
-bool AFile::tryLock() { return isOpen() && host::TryLock(handle_); }
+bool AFile::tryLock() { return isOpen() && host::TryLock(handle_) == host::Lock::Taken; }
+
+bool AFile::waitForLock(std::chrono::milliseconds patience) {
+  if (!isOpen()) return false;
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (host::TryLock(handle_) == host::Lock::Busy) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
 
 bool AFile::hasName() const { return isOpen() && host::NameCount(handle_) != 0; }
 

@@ -1,6 +1,7 @@
 // A file that is read and written at positions.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -53,6 +54,9 @@ class VKCL_API AFile {
   /// Takes the file for this object alone, as far as others ask, until it is closed or the process
   /// ends. False when somebody has it, or the file system has no locks.
   bool tryLock();
+  /// The same, waiting for whoever has the file, at most that long. False when he kept it; true,
+  /// too, where there are no locks.
+  bool waitForLock(std::chrono::milliseconds patience);
   /// Whether the file still has a name: a file that is open may have been removed.
   bool hasName() const;
 

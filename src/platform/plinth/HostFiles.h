@@ -69,9 +69,23 @@ bool Close(Handle handle) noexcept;
 /// operation; false when bytes were lost.
 bool Sync(Handle handle) noexcept;
 
+/// What came of asking for a file.
+enum class Lock {
+  Taken,      ///< this handle has it now
+  Busy,       ///< another handle has it
+  Impossible  ///< the file system has no locks
+};
 /// Takes the file for this handle alone, as far as others ask, until the handle is closed or its
-/// process ends. False when another handle has it, or the file system has no locks.
-bool TryLock(Handle handle) noexcept;
+/// process ends. Does not wait.
+Lock TryLock(Handle handle) noexcept;
+
+/// Whether a file can be replaced by renaming while somebody has it open.
+#if defined(_WIN32)
+inline constexpr bool kReplacesOpenFiles = false;
+#else
+inline constexpr bool kReplacesOpenFiles = true;
+#endif
+
 /// How many names the file has; 0 for one that was removed while it is open, -1 on failure.
 int NameCount(Handle handle) noexcept;
 

@@ -104,12 +104,13 @@ bool Sync(Handle handle) noexcept {
   return result == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
 }
 
-bool TryLock(Handle handle) noexcept {
+Lock TryLock(Handle handle) noexcept {
   int result = 0;
   do {
     result = ::flock(static_cast<int>(handle), LOCK_EX | LOCK_NB);
   } while (result != 0 && errno == EINTR);
-  return result == 0;
+  if (result == 0) return Lock::Taken;
+  return errno == EWOULDBLOCK ? Lock::Busy : Lock::Impossible;
 }
 
 int NameCount(Handle handle) noexcept {

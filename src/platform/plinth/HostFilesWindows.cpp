@@ -133,10 +133,13 @@ bool Sync(Handle handle) noexcept {
   return ::GetLastError() == ERROR_INVALID_FUNCTION || ::GetLastError() == ERROR_NOT_SUPPORTED;
 }
 
-bool TryLock(Handle handle) noexcept {
+Lock TryLock(Handle handle) noexcept {
   OVERLAPPED place = Position(0x7FFFFFFF00000000u);  // behind every byte that is read or written
-  return ::LockFileEx(Native(handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
-                      &place) != 0;
+  if (::LockFileEx(Native(handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                   &place) != 0) {
+    return Lock::Taken;
+  }
+  return ::GetLastError() == ERROR_LOCK_VIOLATION ? Lock::Busy : Lock::Impossible;
 }
 
 int NameCount(Handle handle) noexcept {

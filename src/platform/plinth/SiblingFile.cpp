@@ -105,6 +105,7 @@ bool SiblingFile::Create() {
 void SiblingFile::Drop() {
   file_.close();
   lock_.close();
+  held_.close();
   path_.remove();
   exists_ = false;
 }
@@ -122,6 +123,19 @@ bool SiblingFile::settle() {
   return settled_;
 }
 
+// The lock of a file that has been replaced is worth nothing: who replaces the new one has its
+// lock.
+bool SiblingFile::holdPlace(std::chrono::milliseconds patience) {
+  if (!taken_ || !host::kReplacesOpenFiles) return true;
+  for (int i = 0; i < kTries; ++i) {
+    // For writing where that is allowed: network file systems lock files that are open so.
+    if (!held_.open(place_, AFile::ReadWrite) && !held_.open(place_, AFile::Read)) return false;
+    if (!held_.waitForLock(patience)) return false;
+    if (held_.hasName()) return true;
+  }
+  return false;
+}
+
 bool SiblingFile::takePlace() {
   if (!settled_ && !settle()) return false;
   // Nothing may fail once the new file has its place, the making of a text included.
@@ -130,6 +144,7 @@ bool SiblingFile::takePlace() {
   if (!host::Rename(path_.c_str(), place_.c_str())) return false;
   exists_ = false;
   lock_.close();
+  held_.close();
   host::SyncFolder(folder.c_str());
   return true;
 }

@@ -1,6 +1,8 @@
 // A new file beside another one, which takes its place when it is whole.
 #pragma once
 
+#include <chrono>
+
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
 
@@ -32,6 +34,13 @@ class SiblingFile {
   /// medium, and closes it. False when that failed.
   bool settle();
 
+  /// Makes new files of others wait with taking the place, until this one has taken it or is gone:
+  /// what is seen of the old file from now on is what will be replaced, as far as new files are
+  /// concerned. Waits for others. False when they took longer than that, or the old file cannot be
+  /// opened. True, and nobody waits, where the place is free, where there are no locks,
+  /// and on Windows, which does not replace files that are open.
+  bool holdPlace(std::chrono::milliseconds patience = std::chrono::seconds(10));
+
   /// Settles the new file, unless that is done, and puts it in the place. False when a step failed;
   /// the old file is as it was then.
   bool takePlace();
@@ -48,6 +57,7 @@ class SiblingFile {
   AFilePath path_;
   AFile lock_;  // the same file, locked as long as it is new
   AFile file_;
+  AFile held_;  // the old file, locked from holdPlace on
   bool taken_ = false;
   bool exists_ = false;
   bool settled_ = false;
