@@ -12,7 +12,7 @@ AREAS = {
     },
     'payloads': {
         'sources': ['src/privatetags/*.cpp', 'src/privatetags/*.h', 'src/handler/TagReading.*'],
-        'tests': ['tests/privatetags/*.cpp', 'tests/handler/*.cpp'],
+        'tests': ['tests/privatetags/*.cpp', 'tests/handler/*.cpp', 'tests/faults/*.cpp'],
     },
     'colormodes': {
         'sources': ['src/colornames/*.cpp'],

@@ -98,4 +98,15 @@ TEST(VKPrivateTag, SignaturesAreTheFourCharactersBigEndian) {
   EXPECT_EQ(number, 77);
 }
 
+TEST(VKPrivateTag, PrivateSignaturesBeginWithQX) {
+  for (const std::uint32_t own :
+       {0x51583530u, 0x51583736u, 0x51580000u, 0x5158FFFFu, 0x51585158u}) {
+    EXPECT_TRUE(vkcl::IsPrivateSignature(own)) << std::hex << own;
+  }
+  for (const std::uint32_t other : {0u, 0x5158u, 0x51573530u, 0x51593530u, 0x50583530u, 0x35305158u,
+                                    0x58513530u, 0xFFFFFFFFu}) {
+    EXPECT_FALSE(vkcl::IsPrivateSignature(other)) << std::hex << other;
+  }
+}
+
 }  // namespace
