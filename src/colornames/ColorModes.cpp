@@ -248,13 +248,11 @@ int GetNumberOfDarkChannels(int mode) {
 }
 
 bool GetDarkNames(const int& mode, AStringArray& names) {
-  names.removeAll();
-  AStringArray dark = vkcl::Guarded([&] {
+  names = vkcl::Guarded([&] {
     AStringArray found;
     AppendDark(mode, found);
     return found;
   });
-  names = std::move(dark);
   return !names.empty();
 }
 

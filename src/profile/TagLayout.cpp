@@ -161,15 +161,14 @@ std::int32_t ColorModeIn(std::span<const char> element) {
 // The colour mode that takes the place of another one; 0 when none does.
 std::int32_t NewColorMode(const std::vector<Piece>& pieces, const Entries& entries,
                           std::span<const TagChange> changes) {
-  for (const TagChange& change : changes) {
+  const auto change = std::find_if(changes.begin(), changes.end(), [](const TagChange& each) {
     // Readers take the first entry.
-    if (change.signature != QX53 || change.occurrence != 1 || change.remove) continue;
-    const std::size_t index = entries.Find(change);
-    if (index == Entries::kNone) continue;
-    const std::int32_t mode = ColorModeIn(change.element);
-    if (mode != ColorModeIn(pieces[index].bytes)) return mode;
-  }
-  return 0;
+    return each.signature == QX53 && each.occurrence == 1 && !each.remove;
+  });
+  const std::size_t index = change != changes.end() ? entries.Find(*change) : Entries::kNone;
+  if (index == Entries::kNone) return 0;
+  const std::int32_t mode = ColorModeIn(change->element);
+  return mode != ColorModeIn(pieces[index].bytes) ? mode : 0;
 }
 
 std::uint64_t LengthOf(const AFilePath& path) {

@@ -59,6 +59,7 @@ TEST(TagLayout, AFileInOrderSuitsEveryWrite) {
   EXPECT_TRUE(Suits(bytes, QX51, 1));    // the same size
   EXPECT_TRUE(Suits(bytes, QX51, 100));  // rebuild
   EXPECT_TRUE(Suits(Profile({}, 132), QX51, 1));
+  EXPECT_TRUE(Suits(Profile({{"QX51", 156, 20}, {"aaaa", 176, 16}}, 192), QX51, 40));  // of all
 }
 
 TEST(TagLayout, AGapBehindTheTableForbidsAppending) {

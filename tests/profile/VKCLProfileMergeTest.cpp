@@ -97,11 +97,11 @@ std::string Memory(const VKCLProfile& profile) {
 /// Two files in a folder, and the objects on them.
 class Pair {
  public:
-  Pair(const Bytes& sourceImage, const Bytes& targetImage)
+  Pair(const Bytes& sourceImage, const Bytes& targetImage, int targetChannels = 4)
       : sourcePath(dir.Write("source.icc", sourceImage)),
         targetPath(dir.Write("target.icc", targetImage)),
         source(AFilePath(sourcePath), 4),
-        target(AFilePath(targetPath), 4) {}
+        target(AFilePath(targetPath), targetChannels) {}
 
   int Merge() { return source.MergeVKPrivateTagIntoStandICC(target); }
 
@@ -404,6 +404,10 @@ TEST(VKCLProfileMerge, NeedsTwoValidProfiles) {
   ExpectNothingChanged(invalidTarget, 0);
   Pair emptyTarget(SourceImage(), {});
   ExpectNothingChanged(emptyTarget, 0);
+  // One whose table is there, but whose header does not tell the number of channels.
+  Pair labTarget(SourceImage(), ProfileImage(ProfileHeader(Sig("prtr"), Sig("Lab ")), TargetTags()),
+                 0);
+  ExpectNothingChanged(labTarget, 0);
 }
 
 TEST(VKCLProfileMerge, NeedsASourceOfTheSystemsOwn) {

@@ -199,7 +199,6 @@ const void* Rewrite::BytesOf(const FilePiece& piece) const {
 bool Rewrite::WriteRange(const Range& range) {
   std::uint64_t start = 0;
   std::uint64_t next = 0;
-  slices_.clear();
   const auto flush = [&] {
     const bool written = file_.writeAt(start, slices_) == next - start;
     slices_.clear();
