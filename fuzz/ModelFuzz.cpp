@@ -260,7 +260,8 @@ class Life {
     }
   }
 
-  // The file holds the tags of the model, and the header that it began with but for its size.
+  // The file holds the tags of the model, and the header that it began with but for its size. In
+  // table order that is every byte of it.
   void Compare() {
     if (tags_.empty()) return Demand(!std::filesystem::exists(path_), "there is no file yet");
     const Bytes file = vkcl::fuzz::ReadFile(path_);
@@ -268,6 +269,11 @@ class Life {
     const Bytes header(file.begin() + 4, file.begin() + 128);
     if (header_.empty()) header_ = header;
     Demand(header == header_, "the header stays");
+    if (isArranged_) {
+      Bytes whole = vkcl::fuzz::Profile(tags_);
+      std::copy(header_.begin(), header_.end(), whole.begin() + 4);
+      Demand(file == whole, "the tags lie one behind the other, padded with zeros, and no more");
+    }
     Demand(profile().isValidICC() == 1, "the object is valid");
   }
 
