@@ -44,8 +44,13 @@ constexpr std::size_t kDateStart = offsetof(icHeader, date);
 constexpr std::size_t kDateEnd = kDateStart + sizeof(icDateTimeNumber);
 constexpr std::size_t kNumbersEnd = offsetof(icHeader, reserved);
 
-void ReverseWords(std::uint8_t* bytes, std::size_t from, std::size_t to, std::size_t width) {
-  for (std::size_t i = from; i < to; i += width) std::reverse(bytes + i, bytes + i + width);
+// Big-endian numbers become the host's, and back: the order of their bytes is turned round.
+template <class Number, Number (*load)(const void*)>
+void Reverse(std::uint8_t* bytes, std::size_t from, std::size_t to) {
+  for (std::size_t i = from; i < to; i += sizeof(Number)) {
+    const Number number = load(bytes + i);
+    std::memcpy(bytes + i, &number, sizeof number);
+  }
 }
 
 void ToHostOrder(icTag* table, std::uint32_t count) {
@@ -75,7 +80,8 @@ void VKCLProfile::Load(AFile& file) {
   if (length < 0) return;
   fileLength_ = static_cast<std::uint64_t>(length);
 
-  std::array<std::uint8_t, kFirstRead> start = {};
+  // Filling it with zeros would take longer than all that is done with what is read.
+  std::array<std::uint8_t, kFirstRead> start;  // NOLINT(cppcoreguidelines-pro-type-member-init)
   const std::size_t wanted =
       static_cast<std::size_t>(std::min<std::uint64_t>(fileLength_, kFirstRead));
   const std::size_t got = file.read(start.data(), wanted);
@@ -153,9 +159,9 @@ void VKCLProfile::CopyFrom(const VKCLProfile& other) {
 
 void VKCLProfile::ReverseICCHeader(icHeader* h) {
   auto* bytes = reinterpret_cast<std::uint8_t*>(h);
-  ReverseWords(bytes, 0, kDateStart, 4);
-  ReverseWords(bytes, kDateStart, kDateEnd, 2);
-  ReverseWords(bytes, kDateEnd, kNumbersEnd, 4);
+  Reverse<std::uint32_t, vkcl::LoadBig32>(bytes, 0, kDateStart);
+  Reverse<std::uint16_t, vkcl::LoadBig16>(bytes, kDateStart, kDateEnd);
+  Reverse<std::uint32_t, vkcl::LoadBig32>(bytes, kDateEnd, kNumbersEnd);
 }
 
 int VKCLProfile::isValidOutputICC() const {

@@ -57,9 +57,12 @@ Handle Open(const char* path, Access access, Creation creation) noexcept {
   return descriptor < 0 ? kNoHandle : descriptor;
 }
 
+// The lists of slices are filled as far as they are used: most have one or two.
+// NOLINTBEGIN(cppcoreguidelines-pro-type-member-init)
+
 std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* slices,
                     std::size_t count) noexcept {
-  std::array<iovec, kSlicesPerCall> vectors = {};
+  std::array<iovec, kSlicesPerCall> vectors;
   const std::size_t used = std::min(count, vectors.size());
   for (std::size_t i = 0; i < used; ++i) vectors[i] = {slices[i].data, slices[i].size};
   return Moved(::preadv(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
@@ -68,7 +71,7 @@ std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* sli
 
 std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
                      std::size_t count) noexcept {
-  std::array<iovec, kSlicesPerCall> vectors = {};
+  std::array<iovec, kSlicesPerCall> vectors;
   const std::size_t used = std::min(count, vectors.size());
   for (std::size_t i = 0; i < used; ++i) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): writev only reads them
@@ -77,6 +80,8 @@ std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
   return Moved(::pwritev(static_cast<int>(handle), vectors.data(), static_cast<int>(used),
                          static_cast<off_t>(offset)));
 }
+
+// NOLINTEND(cppcoreguidelines-pro-type-member-init)
 
 std::int64_t Length(Handle handle) noexcept {
   struct stat status = {};
