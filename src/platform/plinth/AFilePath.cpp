@@ -66,10 +66,11 @@ bool AFilePath::isSameFile(const AFilePath& other) const noexcept {
 }
 
 bool AFilePath::isSameFileOrThrow(const AFilePath& other) const {
-  if (GetFullPath() == other.GetFullPath()) return true;
   std::error_code error;
-  return std::filesystem::equivalent(vkcl::host::SystemPath(path_),
-                                     vkcl::host::SystemPath(other.path_), error);
+  const bool same = std::filesystem::equivalent(vkcl::host::SystemPath(path_),
+                                                vkcl::host::SystemPath(other.path_), error);
+  // Files that are not there, or that the system cannot tell, are known by their paths.
+  return same || (error && GetFullPath() == other.GetFullPath());
 }
 
 bool AFilePath::remove() const noexcept { return vkcl::host::Remove(path_.c_str()); }
