@@ -39,7 +39,7 @@ inline std::size_t Count(const std::string& text, const std::string& part) {
   return count;
 }
 
-inline Payload SingleLimits(const std::vector<double>& limits) {
+inline Payload StoredLimits(const std::vector<double>& limits) {
   Payload payload;
   payload.Int(1).Int(140).Int(16);
   for (std::size_t i = 0; i < 16; ++i) payload.Double(i < limits.size() ? limits[i] : 100);
@@ -63,7 +63,7 @@ inline Payload List(std::uint32_t format, std::int32_t columns, const std::vecto
 }
 
 inline std::vector<FileTag> Begun() {
-  return {{"QX51", SingleLimits({85.5, 90, 95.25, 80})}, {"QX53", ColorParam(0, "Acme", 1)}};
+  return {{"QX51", StoredLimits({85.5, 90, 95.25, 80})}, {"QX53", ColorParam(0, "Acme", 1)}};
 }
 
 inline std::string PageWith(const std::vector<FileTag>& more) {

@@ -26,7 +26,7 @@ using vkcl::testing::PageWith;
 using vkcl::testing::Payload;
 using vkcl::testing::ProfileFile;
 using vkcl::testing::Sig;
-using vkcl::testing::SingleLimits;
+using vkcl::testing::StoredLimits;
 using vkcl::testing::TempDir;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -87,7 +87,7 @@ TEST(ProfileReport, TimelineMarksTheStatesThatAreReached) {
 
 TEST(ProfileReport, TellsTheLock) {
   const auto with = [](std::int32_t status) {
-    return PageOf(ProfileFile({{"QX51", SingleLimits({})},
+    return PageOf(ProfileFile({{"QX51", StoredLimits({})},
                                {"QX53", ColorParam(status, "Acme", 1)},
                                {"QX52", Payload().Int(4).Int(300).Int(36).Fill(288)}}));
   };
@@ -178,7 +178,7 @@ TEST(ProfileReport, HostileNumbersAreNeverDrawn) {
     device.insert(device.end(), {rows[3 * i], 0, 0});
   for (const std::uint32_t format : {Sig("Lab "), Sig("CMY "), Sig("refl"), 0xFFFFFFFFu, 0u}) {
     const std::string page = PageOf(ProfileFile({
-        {"QX51", SingleLimits({kNan, kInf, -kInf, 1e308, -1e308, -5})},
+        {"QX51", StoredLimits({kNan, kInf, -kInf, 1e308, -1e308, -5})},
         {"QX53", ColorParam(12, "", -2147483647)},
         {"QX50", split},
         {"QX54", List(format, 3, rows)},
@@ -227,7 +227,7 @@ TEST(ProfileReport, TextsOfTheFileCannotBecomeMarkup) {
   const TempDir dir;
   const std::string path =
       dir.Write("<img src=x onerror=alert(1)>.icc",
-                ProfileFile({{"QX51", SingleLimits({})},
+                ProfileFile({{"QX51", StoredLimits({})},
                              {"QX53", ColorParam(0, evil, 1)},
                              {"QX75", Payload().Text(evil).Fill(1)},
                              {"QX68", Payload()

@@ -31,8 +31,8 @@ using vkcl::testing::RawImage;
 using vkcl::testing::SamplePayload;
 using vkcl::testing::SetBig32;
 using vkcl::testing::Sig;
-using vkcl::testing::SingleLimits;
 using vkcl::testing::SplitPayload;
+using vkcl::testing::StoredLimits;
 using vkcl::testing::TempDir;
 
 // "a000", "a001" and so on.
@@ -163,7 +163,7 @@ TEST(ReportOfTags, SaysWhyOneCannotBeRead) {
 TEST(ReportOfTags, TellsEveryLock) {
   const auto page = [](std::int32_t status) {
     return PageOf(
-        ProfileFile({{"QX51", SingleLimits({})}, {"QX53", ColorParam(status, "Acme", 1)}}));
+        ProfileFile({{"QX51", StoredLimits({})}, {"QX53", ColorParam(status, "Acme", 1)}}));
   };
   EXPECT_TRUE(Holds(page(9), "locked; the status holds the finished state at linearisation"));
   EXPECT_TRUE(Holds(page(10), "unlocked: its colour settings may be changed"));

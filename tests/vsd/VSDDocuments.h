@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "support/CommaLocale.h"
+#include "support/HostEncoding.h"
 #include "support/TempDir.h"
 #include "vsd/VSDProfileHandler.h"
 
@@ -362,27 +363,6 @@ inline std::string EverythingText() {
                  "<ChannelS>Spot 1</ChannelS>"
                  "<Values>75.25;60.00</Values></VK_VSD_SPOT_SINGLE_INKLIMITS>");
 }
-
-/// While it lives, the program's environment says that narrow text is UTF-8.
-class Utf8Host {
- public:
-  Utf8Host() {
-    if (const char* before = std::getenv("LC_ALL")) before_ = before;
-    ::setenv("LC_ALL", "C.UTF-8", 1);
-  }
-  ~Utf8Host() {
-    if (before_) {
-      ::setenv("LC_ALL", before_->c_str(), 1);
-    } else {
-      ::unsetenv("LC_ALL");
-    }
-  }
-  Utf8Host(const Utf8Host&) = delete;
-  Utf8Host& operator=(const Utf8Host&) = delete;
-
- private:
-  std::optional<std::string> before_;
-};
 
 /// Texts of other languages and texts that are none, each short enough for a text field.
 struct OtherText {
