@@ -1,6 +1,7 @@
 #include "platform/plinth/AFilePath.h"
 
 #include <filesystem>
+#include <optional>
 
 #include "platform/Guarded.h"
 #include "platform/plinth/HostFiles.h"
@@ -66,11 +67,9 @@ bool AFilePath::isSameFile(const AFilePath& other) const noexcept {
 }
 
 bool AFilePath::isSameFileOrThrow(const AFilePath& other) const {
-  std::error_code error;
-  const bool same = std::filesystem::equivalent(vkcl::host::SystemPath(path_),
-                                                vkcl::host::SystemPath(other.path_), error);
-  // Files that are not there, or that the system cannot tell, are known by their paths.
-  return same || (error && GetFullPath() == other.GetFullPath());
+  const std::optional<bool> same = vkcl::host::IsSameFile(path_.c_str(), other.path_.c_str());
+  // Files that the system cannot look at are known by their paths.
+  return same.has_value() ? *same : GetFullPath() == other.GetFullPath();
 }
 
 bool AFilePath::remove() const noexcept { return vkcl::host::Remove(path_.c_str()); }

@@ -87,15 +87,16 @@ std::vector<Range> Joined(std::vector<Range> ranges) {
   std::erase_if(ranges, [](const Range& range) { return range.begin >= range.end; });
   std::sort(ranges.begin(), ranges.end(),
             [](const Range& a, const Range& b) { return a.begin < b.begin; });
-  std::vector<Range> joined;
+  std::size_t joined = 0;  // so many, in place
   for (const Range& range : ranges) {
-    if (joined.empty() || range.begin > joined.back().end) {
-      joined.push_back(range);
+    if (joined == 0 || range.begin > ranges[joined - 1].end) {
+      ranges[joined++] = range;
     } else {
-      joined.back().end = std::max(joined.back().end, range.end);
+      ranges[joined - 1].end = std::max(ranges[joined - 1].end, range.end);
     }
   }
-  return joined;
+  ranges.resize(joined);
+  return ranges;
 }
 
 // One rewrite of one file, from opening to closing.
@@ -139,13 +140,12 @@ class Rewrite {
 };
 
 bool Rewrite::Open(FileOrigin origin) {
-  if (origin != FileOrigin::New && file_.open(path_, AFile::ReadWrite)) return true;
   created_ = origin != FileOrigin::Existing && file_.open(path_, AFile::ReadWrite | AFile::New);
-  return created_;
+  return created_ || (origin != FileOrigin::New && file_.open(path_, AFile::ReadWrite));
 }
 
 bool Rewrite::Plan() {
-  const std::int64_t length = file_.length();
+  const std::int64_t length = created_ ? 0 : file_.length();
   if (length < 0) return false;
   oldLength_ = static_cast<std::uint64_t>(length);
   newLength_ = end_ == FileEnd::Keep ? oldLength_ : 0;

@@ -198,6 +198,16 @@ std::string LongPath(const std::string& path) {
   return NarrowPath(std::filesystem::path(std::wstring(buffer.data(), length)));
 }
 
+std::optional<bool> IsSameFile(const char* a, const char* b) noexcept {
+  try {
+    std::error_code error;
+    const bool same = std::filesystem::equivalent(SystemPath(a), SystemPath(b), error);
+    return error ? std::nullopt : std::optional(same);
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
 bool Exists(const char* path) noexcept { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
 
 bool IsDirectory(const char* path) noexcept {
