@@ -49,9 +49,8 @@ std::vector<Tag> StandardTags(std::size_t length, std::size_t tags, std::size_t 
 }
 
 Bytes TextElement(const std::string& text) {
-  Bytes element = {'t', 'e', 'x', 't', 0, 0, 0, 0};
-  element.insert(element.end(), text.begin(), text.end());
-  return element;
+  const std::string element = std::string("text\0\0\0\0", 8) + text;
+  return {element.begin(), element.end()};
 }
 
 Bytes Padded(std::string text, std::size_t length) {
