@@ -1,7 +1,7 @@
 // A file that is read and written at positions.
 #pragma once
 
-#include <chrono>
+#include <chrono>  // IWYU pragma: keep
 #include <cstddef>
 #include <cstdint>
 #include <span>

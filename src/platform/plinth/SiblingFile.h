@@ -1,7 +1,7 @@
 // A new file beside another one, which takes its place when it is whole.
 #pragma once
 
-#include <chrono>
+#include <chrono>  // IWYU pragma: keep
 
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/AFilePath.h"
