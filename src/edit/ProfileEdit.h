@@ -81,7 +81,8 @@ class VKCL_API ProfileEdit {
   /// Compares the copy with the profile (every tag that is not private must be there with the bytes
   /// it had, and the header must be as it was but for its size and colour space), has the system
   /// carry it to the medium and puts it in the place: Done. Any other state: the profile is as it
-  /// was, and the copy is gone.
+  /// was, and the copy is gone. While another edit of the profile is being put in the place, waits
+  /// for it, at most ten seconds; then the state is NotPlaced.
   EditState Commit() noexcept;
 
  private:
