@@ -148,13 +148,23 @@ const Bytes& Kept(std::map<Key, Bytes>& kept, const Key& key, Make make) {
   return found != kept.end() ? found->second : kept.emplace(key, make()).first->second;
 }
 
+// In memory, so that no medium hides what is compared, where there is room for the largest files:
+// containers often have little.
+fs::path BaseFolder() {
+  const fs::path memory = "/dev/shm";
+  constexpr std::uintmax_t kRoom = 1'000'000'000;
+  std::error_code error;
+  const fs::space_info space = fs::space(memory, error);
+  const bool fits = !error && space.available >= kRoom && ::access(memory.c_str(), W_OK) == 0;
+  return fits ? memory : fs::temp_directory_path();
+}
+
 }  // namespace
 
 Folder::Folder() {
   static std::atomic<int> counter = 0;
-  const fs::path memory = "/dev/shm";
-  const fs::path base = fs::is_directory(memory) ? memory : fs::temp_directory_path();
-  path_ = (base / ("vkcl-bench-" + std::to_string(::getpid()) + '-' + std::to_string(counter++)))
+  path_ = (BaseFolder() /
+           ("vkcl-bench-" + std::to_string(::getpid()) + '-' + std::to_string(counter++)))
               .string();
   fs::create_directories(path_);
 }
