@@ -4,7 +4,8 @@
 usage: check_costs.py PROGRAM PAGE
 
 PROGRAM is vkcl_costs. Calls and bytes must be the same. Memory may be less than the page tells, or
-more by a fifth and 100 KiB: pages and the allocator differ.
+more by half and 500 KiB: pages, threads' heaps and locales differ from one machine to the next. What
+a rewrite may take at most is a matter of tests/profile/CostTest.cpp.
 """
 import json
 import re
@@ -40,7 +41,7 @@ def main():
         if cells[:-1] != row[:-1]:
             wrong.append(f"{name}: {cells[:-1]} instead of {row[:-1]}")
         memory, most = kibibytes(cells[-1]), kibibytes(row[-1])
-        if memory is not None and memory > 1.2 * most + 100:
+        if memory is not None and memory > 1.5 * most + 500:
             wrong.append(f"{name}: {memory:,.0f} KiB of memory instead of {most:,.0f}")
     wrong += [f"{name}: on the page, and not measured" for name in expected]
     print("\n".join(wrong) or f"{len(list(cost_rows(costs)))} operations cost what the page tells")
