@@ -69,6 +69,25 @@ TEST(AFilePath, KnowsOneFileUnderTwoNames) {
   EXPECT_FALSE(file.isSameFile(other));
   EXPECT_FALSE(file.isSameFile(AFilePath(dir.File("absent"))));
   EXPECT_TRUE(AFilePath(dir.File("absent")).isSameFile(AFilePath(dir.File("absent"))));
+  EXPECT_FALSE(AFilePath(dir.File("absent")).isSameFile(AFilePath(dir.File("absent too"))));
+}
+
+TEST(AFilePath, OfOneFullPathIsOneFileWhateverTheSystemFindsThere) {
+  const TempDir dir;
+  const AFilePath file(dir.Write("f", {1}));
+  // A folder that is not there, and one behind a link, where ".." leads elsewhere.
+  EXPECT_TRUE(file.isSameFile(AFilePath(dir.File("nowhere/../f"))));
+  std::filesystem::create_directories(dir.File("a/b"));
+  dir.Write("a/f", {2});
+  std::filesystem::create_directory_symlink("a/b", dir.File("link"));
+  EXPECT_TRUE(file.isSameFile(AFilePath(dir.File("link/../f"))));
+  EXPECT_TRUE(AFilePath(dir.File("a/f")).isSameFile(AFilePath(dir.File("link/../f"))));
+  // Last components that are no names.
+  const AFilePath folder(dir.path().string() + "/absent/");
+  EXPECT_TRUE(folder.isSameFile(AFilePath(dir.path().string() + "/absent/.")));
+  EXPECT_TRUE(AFilePath(dir.path().string() + "/absent/x/..").isSameFile(folder));
+  EXPECT_TRUE(AFilePath(dir.File("a/.")).isSameFile(AFilePath(dir.File("a"))));
+  EXPECT_TRUE(AFilePath(dir.File("a/b/..")).isSameFile(AFilePath(dir.File("a"))));
 }
 
 }  // namespace

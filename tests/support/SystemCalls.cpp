@@ -281,10 +281,8 @@ std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) 
 
 std::string LongPath(const std::string& path) { return plain_host::LongPath(path); }
 
-// Neither counted nor made to fail: it changes nothing, and paths are compared where it fails.
-std::optional<bool> IsSameFile(const char* a, const char* b) noexcept {
-  return plain_host::IsSameFile(a, b);
-}
+// Neither counted nor made to fail: it changes nothing, and paths are compared too.
+bool IsSameFile(const char* a, const char* b) noexcept { return plain_host::IsSameFile(a, b); }
 
 bool Exists(const char* path) noexcept {
   testing::Record(CallKind::Look);

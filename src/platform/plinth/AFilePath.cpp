@@ -1,7 +1,7 @@
 #include "platform/plinth/AFilePath.h"
 
 #include <filesystem>
-#include <optional>
+#include <string_view>
 
 #include "platform/Guarded.h"
 #include "platform/plinth/HostFiles.h"
@@ -15,6 +15,23 @@ constexpr char kSeparator = '\\';
 constexpr const char* kSeparators = "/";
 constexpr char kSeparator = '/';
 #endif
+
+// False where the full paths cannot be equal, because the files have different names.
+bool EndAlike(std::string_view a, std::string_view b) {
+#if defined(_WIN32)
+  return true;  // a full path there may have another last component
+#else
+  const auto lastOf = [](std::string_view path) {
+    return path.substr(path.find_last_of(kSeparators) + 1);  // none: npos + 1 is 0
+  };
+  const auto isName = [](std::string_view last) {
+    return !last.empty() && last != "." && last != "..";
+  };
+  const std::string_view lastOfA = lastOf(a);
+  const std::string_view lastOfB = lastOf(b);
+  return lastOfA == lastOfB || !isName(lastOfA) || !isName(lastOfB);
+#endif
+}
 
 bool EndsInSeparator(const std::string& path) {
   return !path.empty() && std::string(kSeparators).find(path.back()) != std::string::npos;
@@ -67,9 +84,9 @@ bool AFilePath::isSameFile(const AFilePath& other) const noexcept {
 }
 
 bool AFilePath::isSameFileOrThrow(const AFilePath& other) const {
-  const std::optional<bool> same = vkcl::host::IsSameFile(path_.c_str(), other.path_.c_str());
-  // Files that the system cannot look at are known by their paths.
-  return same.has_value() ? *same : GetFullPath() == other.GetFullPath();
+  if (vkcl::host::IsSameFile(path_.c_str(), other.path_.c_str())) return true;
+  // Making paths full takes longer than the rest of a merge of small profiles.
+  return EndAlike(path_, other.path_) && GetFullPath() == other.GetFullPath();
 }
 
 bool AFilePath::remove() const noexcept { return vkcl::host::Remove(path_.c_str()); }

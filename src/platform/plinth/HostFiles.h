@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -102,8 +101,8 @@ bool CopyPermissions(const char* from, const char* to) noexcept;
 bool Exists(const char* path) noexcept;
 /// Whether the path names a folder, through links.
 bool IsDirectory(const char* path) noexcept;
-/// Whether two paths name one file, through links; nothing where neither can be looked at.
-std::optional<bool> IsSameFile(const char* a, const char* b) noexcept;
+/// Whether two paths name one file that is there, through links.
+bool IsSameFile(const char* a, const char* b) noexcept;
 
 /// Names of the regular files in a folder that begin with `prefix`; none of a folder that cannot be
 /// read. Throws when memory is short.

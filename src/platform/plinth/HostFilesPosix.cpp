@@ -177,13 +177,11 @@ std::string ExecutablePath() {
 
 std::string LongPath(const std::string& path) { return path; }
 
-std::optional<bool> IsSameFile(const char* a, const char* b) noexcept {
+bool IsSameFile(const char* a, const char* b) noexcept {
   struct stat first = {};
   struct stat second = {};
-  const bool isThere = ::stat(a, &first) == 0;
-  const bool isThereToo = ::stat(b, &second) == 0;
-  if (!isThere && !isThereToo) return std::nullopt;
-  return isThere && isThereToo && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+  return ::stat(a, &first) == 0 && ::stat(b, &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
 }
 
 bool Exists(const char* path) noexcept { return ::access(path, F_OK) == 0; }

@@ -198,13 +198,12 @@ std::string LongPath(const std::string& path) {
   return NarrowPath(std::filesystem::path(std::wstring(buffer.data(), length)));
 }
 
-std::optional<bool> IsSameFile(const char* a, const char* b) noexcept {
+bool IsSameFile(const char* a, const char* b) noexcept {
   try {
     std::error_code error;
-    const bool same = std::filesystem::equivalent(SystemPath(a), SystemPath(b), error);
-    return error ? std::nullopt : std::optional(same);
+    return std::filesystem::equivalent(SystemPath(a), SystemPath(b), error);
   } catch (...) {
-    return std::nullopt;
+    return false;
   }
 }
 
