@@ -56,6 +56,7 @@ struct Plan {
   std::function<void()> action = nullptr;
 };
 thread_local Plan plan;
+thread_local std::function<void()> lock_action;
 
 std::atomic<int> open_handles = 0;
 
@@ -130,6 +131,9 @@ std::int64_t Move(CallKind kind, std::uint64_t offset, const SliceType* slices, 
 }
 
 }  // namespace
+
+ActionAtLocks::ActionAtLocks(std::function<void()> action) { lock_action = std::move(action); }
+ActionAtLocks::~ActionAtLocks() { lock_action = nullptr; }
 
 CallLog::CallLog() { current_log = this; }
 CallLog::~CallLog() { current_log = nullptr; }
@@ -239,6 +243,12 @@ bool Sync(Handle handle) noexcept {
 }
 
 Lock TryLock(Handle handle) noexcept {
+  if (testing::lock_action) {
+    std::function<void()> action;
+    std::swap(action, testing::lock_action);
+    action();
+    std::swap(action, testing::lock_action);
+  }
   testing::Record(CallKind::Lock);
   if (testing::IsDue() && testing::plan.fault == Fault::Error) return Lock::Impossible;
   return plain_host::TryLock(handle);

@@ -86,6 +86,16 @@ class ActionAt {
   static bool Reached();
 };
 
+/// While it lives, `action` runs before each lock that this thread asks for, but for those that the
+/// action asks for. One at a time.
+class ActionAtLocks {
+ public:
+  explicit ActionAtLocks(std::function<void()> action);
+  ~ActionAtLocks();
+  ActionAtLocks(const ActionAtLocks&) = delete;
+  ActionAtLocks& operator=(const ActionAtLocks&) = delete;
+};
+
 /// While it lives, the program's executable is said to be at `path`, in every thread. An empty path
 /// says that the system does not tell it. One at a time.
 class ExecutableAt {

@@ -17,7 +17,7 @@ constexpr std::string_view kPrefix = ".vkcl-";
 constexpr std::string_view kSuffix = ".new";
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr std::size_t kHash = 16;
-constexpr int kTries = 3;
+constexpr int kTries = 100;     // many may clear up at the same time
 constexpr int kMostLinks = 40;  // as many as the systems follow
 
 // The path behind symbolic links, also when the last one names nothing yet. Empty for a circle.
@@ -89,13 +89,15 @@ SiblingFile::SiblingFile(const AFilePath& place) : place_(BehindLinks(place)) {
 
 // Somebody who clears leftovers may take the new file for one before it is locked: then he has the
 // lock, or it has no name any more, and another one is made. Where the file system has no locks
-// nobody clears any, and the last one is kept without.
+// nobody clears any.
 bool SiblingFile::Create() {
-  for (int i = 1; i <= kTries; ++i) {
+  for (int i = 0; i < kTries; ++i) {
     path_ = Beside(place_);
     if (!lock_.open(path_, AFile::ReadWrite | AFile::New)) return false;
-    const bool locked = lock_.tryLock() || i == kTries;
-    if (locked && lock_.hasName() && file_.open(path_, AFile::ReadWrite)) return true;
+    if (lock_.waitForLock(std::chrono::milliseconds(0)) && lock_.hasName()) {
+      if (file_.open(path_, AFile::ReadWrite)) return true;
+      break;
+    }
     path_.remove();
   }
   Drop();
