@@ -16,10 +16,11 @@ constexpr const char* kSeparators = "/";
 constexpr char kSeparator = '/';
 #endif
 
-// False where the full paths cannot be equal, because the files have different names.
-bool EndAlike(std::string_view a, std::string_view b) {
+// Whether paths end in the same name, or in none. Where not, their full paths cannot be equal, but
+// on Windows, where a full path may have another last component.
+bool EndAlike([[maybe_unused]] std::string_view a, [[maybe_unused]] std::string_view b) {
 #if defined(_WIN32)
-  return true;  // a full path there may have another last component
+  return true;
 #else
   const auto lastOf = [](std::string_view path) {
     return path.substr(path.find_last_of(kSeparators) + 1);  // none: npos + 1 is 0
