@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <set>
+#include <thread>
 
 #include "support/FolderNames.h"
 #include "support/OtherProcess.h"
@@ -317,6 +318,27 @@ TEST(SiblingFile, WhatHasBeenReplacedMeanwhileIsNotThePlace) {
   }
   SiblingFile other{place};
   EXPECT_FALSE(other.holdPlace(std::chrono::milliseconds(0)));  // it is the new one that is held
+}
+
+TEST(SiblingFile, AllThatReplaceTheFileInTurnAreWaitedForOnce) {
+  const FoldersInMemory memory;
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  SiblingFile sibling{place};
+  ASSERT_TRUE(sibling.exists());
+  int replaced = 0;
+  const ActionAtLocks at([&] {
+    ++replaced;
+    dir.Write("g", kNew);
+    std::filesystem::rename(dir.File("g"), dir.File("f"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  });
+  EXPECT_FALSE(sibling.holdPlace(std::chrono::milliseconds(0)));
+  EXPECT_EQ(replaced, 1);
+  replaced = 0;
+  EXPECT_FALSE(sibling.holdPlace(std::chrono::milliseconds(50)));
+  EXPECT_GE(replaced, 1);
+  EXPECT_LE(replaced, 5);
 }
 
 TEST(SiblingFile, APlaceThatCannotBeOpenedIsNotHeld) {

@@ -129,12 +129,16 @@ bool SiblingFile::settle() {
 // lock.
 bool SiblingFile::holdPlace(std::chrono::milliseconds patience) {
   if (!taken_ || !host::kReplacesOpenFiles) return true;
-  for (int i = 0; i < kTries; ++i) {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + patience;
+  auto left = patience;
+  do {
     // For writing where that is allowed: network file systems lock files that are open so.
     if (!held_.open(place_, AFile::ReadWrite) && !held_.open(place_, AFile::Read)) return false;
-    if (!held_.waitForLock(patience)) return false;
+    if (!held_.waitForLock(left)) return false;
     if (held_.hasName()) return true;
-  }
+    left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+  } while (left.count() > 0);
   return false;
 }
 

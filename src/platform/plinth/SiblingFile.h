@@ -36,9 +36,10 @@ class SiblingFile {
 
   /// Makes new files of others wait with taking the place, until this one has taken it or is gone:
   /// what is seen of the old file from now on is what will be replaced, as far as new files are
-  /// concerned. Waits for another that holds the place, at most `patience`. False when it held it
-  /// longer, or the old file cannot be opened. True, and nobody waits, where the place is free,
-  /// where there are no locks, and on Windows, which does not replace files that are open.
+  /// concerned. Waits for others that hold the place, at most `patience` for all that do so one
+  /// after the other. False when it was held longer, or the old file cannot be opened. True, and
+  /// nobody waits, where the place is free, where there are no locks, and on Windows, which does
+  /// not replace files that are open.
   bool holdPlace(std::chrono::milliseconds patience = std::chrono::seconds(10));
 
   /// Settles the new file, unless that is done, and puts it in the place. False when a step failed;
