@@ -2,6 +2,7 @@
 #include "edit/ProfileEdit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <future>
@@ -41,6 +42,7 @@ using vkcl::EditState;
 using vkcl::EditStateText;
 using vkcl::ProfileEdit;
 using vkcl::testing::ActionAt;
+using vkcl::testing::ActionAtLocks;
 using vkcl::testing::Bytes;
 using vkcl::testing::CallKind;
 using vkcl::testing::CallLog;
@@ -1213,7 +1215,9 @@ TEST(ProfileEdit, AnotherEditMayComeAtAnyMoment) {
   };
   for (const Layout& layout : TwoLayouts()) {
     const OneProfile p(layout.image);
+    std::atomic<int> locks = 0;
     const auto editOfOther = [&] {
+      const ActionAtLocks at([&] { ++locks; });
       ProfileEdit edit(p.At());
       if (edit.state() == EditState::Open) {
         EXPECT_EQ(Store(edit, QX52, Pattern(50, 6)), 1);
@@ -1231,9 +1235,15 @@ TEST(ProfileEdit, AnotherEditMayComeAtAnyMoment) {
       std::future<EditState> other;
       EditState state = EditState::Open;
       {
+        locks = 0;
         const ActionAt at(k, [&] {
           other = std::async(std::launch::async, editOfOther);
-          other.wait_for(std::chrono::milliseconds(20));  // it may wait for this one
+          const auto isDone = [&] {
+            return other.wait_for(std::chrono::milliseconds(1)) == std::future_status::ready;
+          };
+          // It may wait for this one; without waiting it asks for three locks.
+          while (!isDone() && locks < 20) {
+          }
         });
         state = EditOnce(p.path);
         reached = ActionAt::Reached();

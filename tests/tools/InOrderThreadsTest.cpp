@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -24,6 +25,14 @@ std::vector<std::size_t> UpTo(std::size_t count) {
   std::vector<std::size_t> numbers(count);
   for (std::size_t i = 0; i < count; ++i) numbers[i] = i;
   return numbers;
+}
+
+/// Waits for another thread to bring something about, for a minute at most.
+void Await(const std::function<bool()>& came) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!came() && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
 }
 
 TEST(InOrderThreads, FinishesInOrderWhateverTakesLong) {
@@ -58,7 +67,10 @@ TEST(InOrderThreads, KeepsABoundedNumberOfResults) {
       2000, kThreads,
       [&](std::size_t i) -> Finish {
         ++begun;
-        if (i == 0) std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        if (i == 0) {
+          Await([&] { return begun > 17; });  // the others go on while the first one takes long
+          std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
         return [&] {
           most = std::max(most, begun - finished);
           ++finished;
@@ -66,20 +78,20 @@ TEST(InOrderThreads, KeepsABoundedNumberOfResults) {
       },
       Nobody);
   EXPECT_EQ(finished, 2000u);
-  EXPECT_GT(most, 16u);  // the others went on while the first one took long
+  EXPECT_GT(most, 16u);
   EXPECT_LE(most, 16u * kThreads + kThreads);
 }
 
 TEST(InOrderThreads, WatchesWhileItWaits) {
-  std::size_t waiting = 0;
+  std::atomic<int> waiting = 0;
   InOrder(
       2, 2,
-      [](std::size_t) -> Finish {
-        std::this_thread::sleep_for(std::chrono::milliseconds(450));
+      [&](std::size_t) -> Finish {
+        Await([&] { return waiting >= 2; });
         return [] {};
       },
       [&](std::size_t done) { waiting += done == 0 ? 1 : 0; });
-  EXPECT_GE(waiting, 2u);
+  EXPECT_GE(waiting, 2);
 }
 
 TEST(InOrderThreads, PassesOnWhatWorkThrows) {
