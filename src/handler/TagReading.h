@@ -48,7 +48,8 @@ int ReadRecord(const VKCLProfile& profile, VKPrivateTagSignature signature, Reco
 }
 
 /// Puts a new file in the place of an old one, if any: 1. The old one is gone also when the new
-/// one cannot be created; a file that cannot be written whole is not left.
+/// one cannot be created; a file that cannot be written whole is not left. A device or a pipe stays
+/// as it is, and nothing is written: 0.
 int WriteNewFile(const AFilePath& path, const char* bytes, std::size_t length);
 
 }  // namespace vkcl

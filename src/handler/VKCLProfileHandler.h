@@ -109,8 +109,8 @@ class VKCL_API VKCLProfileHandler {
   int GetVKSpotLinDL(VKSpotLinDLParam& links) const;
   int GetVKLinExtraData(VKLinExtraDataParam& param) const;  ///< 'QX70'
   int GetVSDProfileParam(VKVSDProfileParam& param) const;   ///< 'QX71', the head
-  /// 'QX71': writes the embedded sidecar to a file, replacing one that exists. A folder is refused
-  /// before anything is touched.
+  /// 'QX71': writes the embedded sidecar to a file, replacing one that exists. What is there and no
+  /// file, a folder, a device or a pipe, is refused before anything is touched.
   int GetVSDProfile(const AFilePath& destination) const;
   /// 'QX74': the stored number, whatever it is; 0 without the tag.
   int IsWizardICC() const;
@@ -135,8 +135,8 @@ class VKCL_API VKCLProfileHandler {
   /// Embeds a profile that the profiler library holds, byte for byte.
   int WriteCLICCProfieRef(void* profileRef, EnbedFileType type);
   /// Writes an embedded file to `path`, replacing one that exists; also when the new one cannot be
-  /// created the old one is gone. A folder, the profile itself and an unknown type are refused
-  /// before anything is touched.
+  /// created the old one is gone. What is there and no file (a folder, a device, a pipe), the
+  /// profile itself and an unknown type are refused before anything is touched.
   int GetEnbededFile(const AFilePath& path, EnbedFileType type) const;
 
   /// The options with which the profile was computed, from the file's 'meta' dictionary. Without

@@ -137,7 +137,7 @@ class VKCL_API VKCLProfile {
   int MergeVKPrivateTagIntoStandICC(VKCLProfile& target);
   /// Writes a copy without private tags to `outputPath`, created or replaced. Tags that share their
   /// data go on sharing them; bytes that this file does not hold are zeros. Fails when no other tag
-  /// is left, and for this profile's own file; on failure nothing changes.
+  /// is left, for this profile's own file, and for a device or a pipe; on failure nothing changes.
   int WriteICCWithoutVKiTags(const char* outputPath);
 
   std::int32_t valid = 0;         ///< 1 once header and tag table were read and accepted

@@ -16,6 +16,9 @@
 #include "support/SystemCalls.h"
 #include "support/TagFile.h"
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
 #if defined(__linux__)
 #include <sys/wait.h>
 #include <unistd.h>
@@ -267,6 +270,23 @@ TEST(EmbeddedFiles, NeedAPlaceForTheFile) {
   }
   EXPECT_FALSE(std::filesystem::exists(file.dir.path() / "missing"));
 }
+
+#if !defined(_WIN32)
+// Of what is removed to make room: whoever may do so would lose a device for good.
+TEST(EmbeddedFiles, AreNotPutInThePlaceOfAPipe) {
+  const OnFile file(AllKinds());
+  const std::string pipe = file.dir.File("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::filesystem::create_symlink(pipe, file.dir.path() / "link");
+  for (const std::string& to : {pipe, file.dir.File("link")}) {
+    for (const Kind& kind : kKinds) {
+      EXPECT_EQ(file.handler.GetEnbededFile(AFilePath(to), kind.type), 0) << to;
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(to));
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(file.dir.path() / "link"));
+}
+#endif
 
 /// The places, in the order of the calls that can fail, of the first call of `kind` behind the
 /// first removal.

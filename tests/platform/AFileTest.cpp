@@ -241,13 +241,17 @@ TEST(AFile, AFolderAndAPipeAreNoFiles) {
   char byte = 0;
   if (file.open(dir.path().string(), 1)) {
     EXPECT_EQ(file.read(&byte, 1), 0u);
+    EXPECT_EQ(file.length(), -1);
   }
 #if !defined(_WIN32)
   const std::string pipe = dir.File("pipe");
   ASSERT_EQ(std::system(("mkfifo '" + pipe + "'").c_str()), 0);
   if (file.open(pipe, 1)) {  // does not wait for a writer
     EXPECT_EQ(file.read(&byte, 1), 0u);
+    EXPECT_EQ(file.length(), -1);
   }
+  ASSERT_TRUE(file.open(AFilePath("/dev/null"), AFile::ReadWrite));
+  EXPECT_EQ(file.length(), -1);
 #endif
 }
 

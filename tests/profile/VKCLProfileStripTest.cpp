@@ -7,6 +7,10 @@
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
 namespace {
 
 using vkcl::testing::Big32At;
@@ -126,6 +130,18 @@ TEST(VKCLProfileStrip, OfAProfileWithoutPrivateTagsIsACopy) {
   const Bytes image = ProfileImage(ProfileHeader(), WithoutPrivate(MixedTags()));
   ExpectStripped(image, image);
 }
+
+#if !defined(_WIN32)
+TEST(VKCLProfileStrip, DoesNotWriteIntoADeviceOrAPipe) {
+  OnFile file(MixedImage());
+  const std::string pipe = file.dir.File("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  for (const std::string& to : {std::string("/dev/null"), pipe}) {
+    EXPECT_EQ(file.profile.WriteICCWithoutVKiTags(to.c_str()), 0) << to;
+    EXPECT_FALSE(std::filesystem::is_regular_file(to));
+  }
+}
+#endif
 
 TEST(VKCLProfileStrip, TellsPrivateTagsByTheirFirstTwoCharacters) {
   for (const std::uint32_t sig : {Sig("QX50"), Sig("QX00"), Sig("QXzz"), Sig("QX76"), Sig("QX77"),

@@ -43,7 +43,7 @@ class VKCL_API AFile {
   /// Sets the position, counted from the start of the file. False when no file is open.
   bool seek(std::uint64_t offset);
 
-  /// Length in bytes; -1 on failure.
+  /// Length in bytes; -1 on failure, and of what is no regular file.
   std::int64_t length() const;
   /// Cuts the file to a length, or extends it with zeros. False on failure.
   bool setLength(std::uint64_t length);

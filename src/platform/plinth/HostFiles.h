@@ -57,7 +57,7 @@ std::int64_t ReadAt(Handle handle, std::uint64_t offset, const MutableSlice* sli
 std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
                      std::size_t count) noexcept;
 
-/// Length in bytes; -1 on failure.
+/// Length in bytes; -1 on failure, and of a folder, a device or a pipe, whose length says nothing.
 std::int64_t Length(Handle handle) noexcept;
 /// Cuts the file to a length, or extends it with zeros. False on failure.
 bool SetLength(Handle handle, std::uint64_t length) noexcept;

@@ -85,7 +85,8 @@ std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
 
 std::int64_t Length(Handle handle) noexcept {
   struct stat status = {};
-  return ::fstat(static_cast<int>(handle), &status) == 0 ? status.st_size : -1;
+  if (::fstat(static_cast<int>(handle), &status) != 0) return -1;
+  return S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
 bool SetLength(Handle handle, std::uint64_t length) noexcept {
