@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "Opened.h"
+#include "OutputFile.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "edit/ProfileEdit.h"
@@ -137,10 +138,8 @@ Result Dump(const DumpOptions& options) {
   if (to.isSameFile(AFilePath(options.file))) {
     return Refused("a profile is not replaced by the document of its tags");
   }
-  if (to.exists() && !options.force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(options.output)));
-  }
-  why = "";
+  why = WhyKept(options.output, options.force);
+  if (!why.empty()) return Refused(why);
   const bool written = ReplaceFile(to, [&](AFile& file) {
     const TextSink sink = [&](std::string_view piece) {
       return file.write(piece.data(), piece.size()) == piece.size();
@@ -148,8 +147,7 @@ Result Dump(const DumpOptions& options) {
     return WriteDocument(profile, options.tags, form, sink, why);
   });
   if (written) return Done(fmt::format("written to {}", Printable(options.output)));
-  return Refused(why.empty() ? fmt::format("{} could not be written", Printable(options.output))
-                             : why);
+  return why.empty() ? NotWritten(options.output) : Refused(why);
 }
 
 Result Apply(const ApplyOptions& options, const ChangeOptions& how) {

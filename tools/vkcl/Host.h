@@ -14,6 +14,10 @@ void OccupyStandardStreams();
 /// Whether the stream goes to a terminal that can do more than print one line after the other.
 bool IsTerminal(std::FILE* stream);
 
+/// The number of the error with which writing into the file or folder would be refused by its
+/// permissions; 0 when they allow it, or do not tell.
+int WhyNotWritable(const std::string& path);
+
 /// Copies what can be read from the descriptor into a file that nobody else can open, and that is
 /// gone when the program is, however that ends where the system can do so. At most `most` bytes and
 /// one more. Returns their number, and the path to open the file at; -1 with `errno` when reading

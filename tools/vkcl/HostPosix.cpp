@@ -90,6 +90,10 @@ std::uint64_t KnownLength(int descriptor) {
 
 }  // namespace
 
+int WhyNotWritable(const std::string& path) {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
 std::int64_t KeepInput(int descriptor, std::uint64_t most, std::string& path) {
   if (KnownLength(descriptor) > most) return static_cast<std::int64_t>(most) + 1;
   static std::deque<PrivateFile> files;  // as long as the program runs

@@ -9,6 +9,9 @@ void OccupyStandardStreams() {}  // the C library keeps their numbers
 // Its console understands colours only when it is asked to; it is not.
 bool IsTerminal(std::FILE*) { return false; }
 
+// Its lists of permissions are not asked.
+int WhyNotWritable(const std::string&) { return 0; }
+
 std::int64_t KeepInput(int, std::uint64_t, std::string&) {
   errno = ENOSYS;
   return -1;

@@ -8,6 +8,7 @@
 
 #include "Describe.h"
 #include "Opened.h"
+#include "OutputFile.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "platform/plinth/AFile.h"
@@ -171,13 +172,13 @@ Result Merge(const std::string& source, const std::string& target, const ChangeO
 }
 
 Result Strip(const std::string& input, const std::string& output, bool force) {
-  const std::string why = WhyInvalid(input, kAnyChannels);
+  std::string why = WhyInvalid(input, kAnyChannels);
   if (!why.empty()) return Refused(why);
-  const AFilePath to(output);
-  if (to.isSameFile(AFilePath(input))) return Refused("a profile is not stripped onto itself");
-  if (to.exists() && !force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
+  if (AFilePath(output).isSameFile(AFilePath(input))) {
+    return Refused("a profile is not stripped onto itself");
   }
+  why = WhyKept(output, force);
+  if (!why.empty()) return Refused(why);
   OpenedProfile profile(input, kAnyChannels);
   const auto isPrivate = [](const icTag& tag) { return IsPrivateSignature(tag.sig); };
   const auto removed =
@@ -186,7 +187,7 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
     return Refused("it holds only private tags; nothing would be left");
   }
   if (profile.WriteICCWithoutVKiTags(output.c_str()) == 0) {
-    return Refused(fmt::format("{} could not be written", Printable(output)));
+    return NotWritten(output);
   }
   return Done(fmt::format("{} private tags left out; {} tags written to {}", removed,
                           profile.tagCount - static_cast<std::uint32_t>(removed),
@@ -243,14 +244,12 @@ Result Extract(const std::string& path, const std::string& kindName, const std::
                bool force) {
   const EmbeddedKind* kind = FindKind(kindName);
   if (kind == nullptr) return UnknownKind(kindName);
-  const std::string why = WhyInvalid(path, 0);
+  std::string why = WhyInvalid(path, 0);
   if (!why.empty()) return Refused(why);
   const AFilePath to(file);
-  if (to.isDirectory()) return Refused(fmt::format("{}: it is a folder", Printable(file)));
   if (to.isSameFile(AFilePath(path))) return Refused("a profile is not replaced by its content");
-  if (to.exists() && !force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(file)));
-  }
+  why = WhyKept(file, force);
+  if (!why.empty()) return Refused(why);
   OpenedHandler handler(path, 0);
   if (handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(kind->signature)) == 0) {
     return Refused(fmt::format("it holds no {} ({})", kind->name, SignatureText(kind->signature)));
@@ -259,9 +258,12 @@ Result Extract(const std::string& path, const std::string& kindName, const std::
       kind->type < 0
           ? handler.GetVSDProfile(to)
           : handler.GetEnbededFile(to, static_cast<VKCLProfileHandler::EnbedFileType>(kind->type));
+  if (done == 0 && !WhyNotWritable(file).empty()) return NotWritten(file);
   if (done == 0) {
-    return Refused(fmt::format("{} cannot be read, or {} cannot be written",
-                               SignatureText(kind->signature), Printable(file)));
+    return Refused(
+        fmt::format("{} cannot be read, or {} cannot be written: the file system "
+                    "refuses it, or is full",
+                    SignatureText(kind->signature), Printable(file)));
   }
   return Done(fmt::format("wrote {} bytes to {}", LengthOf(file), Printable(file)));
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "OutputFile.h"
 #include "Text.h"
 #include "inspect/ProfileReport.h"
 
@@ -33,12 +34,8 @@ Result Report(const FilesOptions& profiles, const std::string& output, bool forc
   const bool isInput = std::any_of(paths.begin(), paths.end(),
                                    [&](const AFilePath& path) { return page.isSameFile(path); });
   if (isInput) return Refused("a profile is not replaced by the page about it");
-  if (page.exists() && !force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(output)));
-  }
-  if (!WriteReportFile(paths, page)) {
-    return Refused(fmt::format("{} could not be written", Printable(output)));
-  }
+  if (const std::string why = WhyKept(output, force); !why.empty()) return Refused(why);
+  if (!WriteReportFile(paths, page)) return NotWritten(output);
   return Done(fmt::format("{} profile{} in {}", paths.size(), paths.size() == 1 ? "" : "s",
                           Printable(output)) +
               '\n');

@@ -14,6 +14,7 @@
 #include "ColorCommands.h"
 #include "Opened.h"
 #include "Records.h"
+#include "OutputFile.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "colornames/ColorDefinitions.h"
@@ -282,16 +283,12 @@ Result Split(const SplitOptions& options) {
     return Done(options.json ? SplitJson(split, version).dump(2, ' ', kAsciiOnly) + '\n'
                              : SplitText(split, version));
   }
-  const AFilePath to(options.toXml);
-  if (to.isSameFile(AFilePath(options.file))) {
+  if (AFilePath(options.toXml).isSameFile(AFilePath(options.file))) {
     return Refused("a file is not replaced by the split in it");
   }
-  if (to.exists() && !options.force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(options.toXml)));
-  }
-  if (!WriteXml(split, options.toXml)) {
-    return Refused(fmt::format("{} could not be written", Printable(options.toXml)));
-  }
+  const std::string why = WhyKept(options.toXml, options.force);
+  if (!why.empty()) return Refused(why);
+  if (!WriteXml(split, options.toXml)) return NotWritten(options.toXml);
   return Done(fmt::format("{} written to {}{}\n", Colorants(split), Printable(options.toXml),
                           version == 4 ? "" : ", as the curves of version 4"));
 }

@@ -14,6 +14,7 @@
 #include "LifeCommands.h"
 #include "Opened.h"
 #include "Records.h"
+#include "OutputFile.h"
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "vsd/VSDProfileHandler.h"
@@ -251,12 +252,11 @@ class Folder {
 };
 
 // Why a document at that place is not written; empty when it may be.
-std::string WhyNotWritten(const std::string& profile, const AFilePath& place, bool force) {
+std::string WhyRefused(const std::string& profile, const AFilePath& place, bool force) {
   if (place.isSameFile(AFilePath(profile))) {
     return "it lies in a folder VSDProfile, where its document would take its place";
   }
-  if (!place.exists() || force) return {};
-  return fmt::format("{} exists; --force replaces it", Printable(place.str()));
+  return WhyKept(place.str(), force);
 }
 
 }  // namespace
@@ -287,12 +287,12 @@ Result VsdCreate(const std::string& profile, bool force) {
     return Refused("it holds no readable colour parameters (QX53)");
   }
   const AFilePath place = SidecarOf(profile);
-  if (const std::string no = WhyNotWritten(profile, place, force); !no.empty()) return Refused(no);
+  if (const std::string no = WhyRefused(profile, place, force); !no.empty()) return Refused(no);
   Folder folder(place);
   if (!folder.problem().empty()) return Refused(folder.problem());
   VSDProfileHandler document(place, 0);
   if (document.WriteVKColorParam(param) == 0 || document.SaveToFile() == 0) {
-    return Refused(fmt::format("{} could not be written", Printable(place.str())));
+    return NotWritten(place.str());
   }
   return folder.Keep(
       Done(fmt::format("wrote its colour parameters to {}", Printable(place.str()))));
@@ -318,7 +318,7 @@ Result VsdExtract(const std::string& profile, bool force) {
     return Refused("it holds no vsd (QX71)");
   }
   const AFilePath place = SidecarOf(profile);
-  if (const std::string no = WhyNotWritten(profile, place, force); !no.empty()) return Refused(no);
+  if (const std::string no = WhyRefused(profile, place, force); !no.empty()) return Refused(no);
   Folder folder(place);
   if (!folder.problem().empty()) return Refused(folder.problem());
   return folder.Keep(Extract(profile, "vsd", place.str(), true));

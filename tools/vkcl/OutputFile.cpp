@@ -1,0 +1,59 @@
+#include "OutputFile.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "Host.h"
+#include "Text.h"
+
+namespace vkcl::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string MessageOf(int code) { return std::generic_category().message(code); }
+
+}  // namespace
+
+std::string WhyKept(const std::string& path, bool force) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status)) return {};
+  if (fs::is_directory(status)) return fmt::format("{} is a folder", Printable(path));
+  if (!fs::is_regular_file(status)) {
+    return fmt::format("{} is not a regular file", Printable(path));
+  }
+  return force ? "" : fmt::format("{} exists; --force replaces it", Printable(path));
+}
+
+std::string WhyNotWritable(const std::string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (status.type() == fs::file_type::none) return error.message();
+  fs::path folder = fs::path(path).parent_path();
+  if (folder.empty()) folder = ".";
+  if (!fs::exists(folder, error)) {
+    return fmt::format("there is no folder {}", Printable(folder.string()));
+  }
+  if (!fs::is_directory(folder, error)) {
+    return fmt::format("{} is no folder", Printable(folder.string()));
+  }
+  if (fs::exists(status)) {
+    if (const int no = host::WhyNotWritable(path); no != 0) return MessageOf(no);
+  }
+  if (const int no = host::WhyNotWritable(folder.string()); no != 0) {
+    return fmt::format("nothing can be written into the folder {}: {}", Printable(folder.string()),
+                       MessageOf(no));
+  }
+  return {};
+}
+
+Result NotWritten(const std::string& path) {
+  const std::string why = WhyNotWritable(path);
+  return Refused(fmt::format("{} could not be written: {}", Printable(path),
+                             why.empty() ? "the file system refuses it, or is full" : why));
+}
+
+}  // namespace vkcl::tool
