@@ -42,7 +42,9 @@ def main():
         (folder / "kept").chmod(0o444)
         (folder / "closed").chmod(0o555)
         os.mkfifo(folder / "pipe")
-        verbs = {"strip": lambda to: ["strip", "--force", "p.icc", to],
+        (folder / "dangling").symlink_to("none/new")
+        verbs = {"compact": lambda to: ["compact", "p.icc", to],
+                 "strip": lambda to: ["strip", "--force", "p.icc", to],
                  "dump": lambda to: ["dump", "--force", "p.icc", "-o", to],
                  "extract": lambda to: ["extract", "--force", "p.icc", "profile1", to],
                  "report": lambda to: ["report", "--force", "p.icc", "-o", to],
@@ -52,6 +54,7 @@ def main():
                  "file/new": "file/new could not be written: file is no folder",
                  "closed": "closed is a folder",
                  "pipe": "pipe is not a regular file",
+                 "dangling": "dangling could not be written: it is a link that leads nowhere",
                  "x" * 300: "x" * 300 + " could not be written: File name too long",
                  "closed/new": f"closed/new could not be written: {into_closed}",
                  "closed/file": f"closed/file could not be written: {into_closed}",
@@ -65,6 +68,8 @@ def main():
             for to, why in cases.items():
                 if (verb, to) in CAN_WRITE:
                     continue
+                if verb == "compact" and len(to) < 256 and (folder / to).exists():
+                    why = f"{to} exists"  # it never replaces anything
                 done = run([*anybody, tool, *words(to)], folder)
                 of = "" if verb in ("report", "split") else "p.icc: "
                 told = (done.returncode, done.stdout, done.stderr)

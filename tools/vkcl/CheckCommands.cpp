@@ -9,6 +9,7 @@
 
 #include "JsonArray.h"
 #include "Opened.h"
+#include "OutputFile.h"
 #include "Style.h"
 #include "Text.h"
 #include "WhyInvalid.h"
@@ -104,6 +105,7 @@ Result Compact(const std::string& input, const std::string& output) {
   if (to.exists()) return Refused(fmt::format("{} exists", Printable(output)));
   const OpenedProfile profile(input, kAnyChannels);
   if (!ArrangeTagData(profile, to)) {
+    if (!WhyNotWritable(output).empty()) return NotWritten(output);
     return Refused(
         fmt::format("{} could not be written: a tag reaches beyond the end of the file, "
                     "many share their data, or the disk is full",

@@ -32,6 +32,7 @@ std::string WhyNotWritable(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::none) return error.message();
+  if (!fs::exists(status) && fs::is_symlink(path, error)) return "it is a link that leads nowhere";
   fs::path folder = fs::path(path).parent_path();
   if (folder.empty()) folder = ".";
   if (!fs::exists(folder, error)) {
