@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "Opened.h"
+#include "OutputFile.h"
 #include "edit/ProfileEdit.h"
 
 namespace vkcl::tool {
@@ -23,6 +24,15 @@ std::string Sizes(const ProfileEdit& edit) {
                      edit.bytesNow());
 }
 
+Result NotEdited(const std::string& path, EditState state) {
+  std::string why = EditStateText(state);
+  if (state == EditState::HardLinked) why += "; --hard-links edits it alone";
+  if (state == EditState::NotWritable) {
+    if (const std::string seen = WhyNotWritable(path); !seen.empty()) why += ": " + seen;
+  }
+  return Refused(why);
+}
+
 // Does `work` on the copy of an edit, and puts that in its place.
 template <class Work>
 Result Edit(const std::string& path, int channels, const LayoutTest& suits,
@@ -30,16 +40,13 @@ Result Edit(const std::string& path, int channels, const LayoutTest& suits,
   using HardLinks = ProfileEdit::HardLinks;
   ProfileEdit edit(AFilePath(path), channels, suits,
                    options.hardLinks ? HardLinks::Replace : HardLinks::Refuse);
-  if (edit.handler() == nullptr) {
-    const char* hint = edit.state() == EditState::HardLinked ? "; --hard-links edits it alone" : "";
-    return Refused(fmt::format("{}{}", EditStateText(edit.state()), hint));
-  }
+  if (edit.handler() == nullptr) return NotEdited(path, edit.state());
   Result result = work(edit);
   if (result.outcome != Outcome::Done) return result;
   if (edit.wasArranged()) result.message += "; its tag data were brought into table order first";
   if (options.dryRun) return Done(fmt::format("{}: {}", Sizes(edit), result.message));
   const EditState state = edit.Commit();
-  return state == EditState::Done ? result : Refused(EditStateText(state));
+  return state == EditState::Done ? result : NotEdited(path, state);
 }
 
 }  // namespace

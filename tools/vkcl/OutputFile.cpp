@@ -33,8 +33,8 @@ std::string WhyNotWritable(const std::string& path) {
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::none) return error.message();
   if (!fs::exists(status) && fs::is_symlink(path, error)) return "it is a link that leads nowhere";
-  fs::path folder = fs::path(path).parent_path();
-  if (folder.empty()) folder = ".";
+  const fs::path place = fs::is_symlink(path, error) ? fs::canonical(path, error) : fs::path(path);
+  const fs::path folder = place.has_parent_path() ? place.parent_path() : fs::path(".");
   if (!fs::exists(folder, error)) {
     return fmt::format("there is no folder {}", Printable(folder.string()));
   }
