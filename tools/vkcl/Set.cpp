@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 
 #include "Opened.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
+#include "edit/ProfileEdit.h"
 #include "profile/TableLayout.h"
 #include "profile/TagLayout.h"
 
@@ -25,6 +27,7 @@ struct Assignment {
 
 struct Change {
   const RecordType* record;
+  std::optional<Image> stored;  // what the change begins with; none where no tag was stored
   Image image;
 };
 
@@ -123,14 +126,25 @@ std::string ImageFor(VKCLProfileHandler& handler, const RecordType& record,
     image = &found->image;
     return {};
   }
-  changes.push_back({&record, record.make()});
+  changes.push_back({&record, std::nullopt, record.make()});
   image = &changes.back().image;
   if (handler.IsICCFile() == 0 || !HoldsTag(handler, record)) return {};
   if (record.get(handler, *image) == 0) {
     return fmt::format("the stored {} cannot be read, so its other fields would be lost",
                        record.title);
   }
+  changes.back().stored = *image;
   return WhyUnchangeable(*handler.GetProfilePtr(), record, *image);
+}
+
+// Whether a record is still what its change begins with: somebody else may have set other fields
+// of it since it was read.
+bool IsAsRead(VKCLProfileHandler& handler, const Change& change) {
+  if (handler.IsICCFile() == 0) return !change.stored.has_value();
+  if (HoldsTag(handler, *change.record) != change.stored.has_value()) return false;
+  if (!change.stored.has_value()) return true;
+  Image now = change.record->make();
+  return change.record->get(handler, now) != 0 && now == *change.stored;
 }
 
 // Length of the payload that a change stores.
@@ -151,6 +165,9 @@ std::string TitleOf(const Change& change) {
 }
 
 Result Store(VKCLProfileHandler& handler, const std::vector<Change>& changes) {
+  const bool asRead = std::all_of(changes.begin(), changes.end(),
+                                  [&](const Change& change) { return IsAsRead(handler, change); });
+  if (!asRead) return Refused(EditStateText(EditState::Changed));
   std::string stored;
   for (const Change& change : changes) {
     if (change.record->put(handler, change.image) == 0) {
