@@ -245,6 +245,10 @@ EditState ProfileEdit::Finish() {
   return work.copy->takePlace() ? EditState::Done : EditState::NotPlaced;
 }
 
+bool IsUnfinishedCopy(const AFilePath& path) noexcept {
+  return Guarded([&] { return SiblingFile::IsNameOfNew(path); });
+}
+
 bool WriteChangedCopy(const VKCLProfile& profile, std::span<const TagChange> changes,
                       const AFilePath& to) noexcept {
   return Guarded([&] {

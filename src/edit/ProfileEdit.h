@@ -99,6 +99,10 @@ class VKCL_API ProfileEdit {
   std::unique_ptr<VKCLProfileHandler> handler_;
 };
 
+/// Whether a file of that name is taken for a copy that an edit has left unfinished: edits of
+/// profiles in its folder remove it, unless it is worked on.
+VKCL_API bool IsUnfinishedCopy(const AFilePath& path) noexcept;
+
 /// Writes a copy of a profile with private tags changed (WriteChanged) to `to`, which is created,
 /// or replaced in one step. False, and `to` as it was, when that is not possible.
 VKCL_API bool WriteChangedCopy(const VKCLProfile& profile, std::span<const TagChange> changes,

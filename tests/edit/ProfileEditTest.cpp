@@ -1452,6 +1452,14 @@ TEST(ProfileEdit, AProgramMayDieAtAnyMoment) { DieAtEveryCall(TwoLayouts()[0]); 
 
 TEST(ProfileEdit, AProgramThatArrangesMayDieAtAnyMoment) { DieAtEveryCall(TwoLayouts()[1]); }
 
+TEST(ProfileEdit, TellsTheNamesOfUnfinishedCopies) {
+  EXPECT_TRUE(vkcl::IsUnfinishedCopy(AFilePath(".vkcl-0123456789abcdef-0.new")));
+  EXPECT_TRUE(vkcl::IsUnfinishedCopy(AFilePath("a/b/.vkcl-0123456789abcdef-4711.new")));
+  for (const char* name : {"", "p.icc", ".vkcl-.new", ".vkcl-0123456789abcdef-0.new/p.icc"}) {
+    EXPECT_FALSE(vkcl::IsUnfinishedCopy(AFilePath(name))) << name;
+  }
+}
+
 TEST(ProfileEdit, WhatAKilledProgramLeftIsRemoved) {
   const OneProfile p(OrderedImage());
   const auto work = [&](const auto& wait) {

@@ -17,6 +17,7 @@ struct Editing {
         mixed(dir.File("mixed.icc")),
         to(dir.File("old.bin")),
         fresh(dir.File("new.bin")),
+        unfinished(dir.File(".vkcl-0123456789abcdef-0.new")),
         profile(path, 0) {
     const auto tag = [](std::uint32_t signature, std::size_t length) {
       TagChange change;
@@ -35,6 +36,7 @@ struct Editing {
   AFilePath mixed;
   AFilePath to;
   AFilePath fresh;
+  AFilePath unfinished;
   VKCLProfile profile;
   std::vector<TagChange> changes;
 };
@@ -73,6 +75,8 @@ void AddEdits(std::vector<Operation>& all) {
 }
 
 void AddCopies(std::vector<Operation>& all) {
+  all.push_back(
+      On("vkcl::IsUnfinishedCopy", [](Editing& e) { return IsUnfinishedCopy(e.unfinished); }));
   all.push_back(On(
       "vkcl::WriteChangedCopy",
       [](Editing& e) { return WriteChangedCopy(e.profile, e.changes, e.to); }, "replacing"));

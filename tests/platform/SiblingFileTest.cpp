@@ -354,6 +354,18 @@ TEST(SiblingFile, APlaceThatCannotBeOpenedIsNotHeld) {
   EXPECT_TRUE(fresh.holdPlace());
 }
 
+TEST(SiblingFile, TellsTheNamesOfNewFiles) {
+  const TempDir dir;
+  const SiblingFile sibling{AFilePath(dir.File("f"))};
+  EXPECT_TRUE(SiblingFile::IsNameOfNew(sibling.path()));
+  EXPECT_TRUE(SiblingFile::IsNameOfNew(AFilePath(".vkcl-0123456789abcdef-0.new")));
+  for (const char* name :
+       {"", "f", ".vkcl-.new", ".vkcl-0123456789abcdef-.new", ".vkcl-0123456789abcdeg-0.new",
+        "x.vkcl-0123456789abcdef-0.new", ".vkcl-0123456789abcdef-0.new/f"}) {
+    EXPECT_FALSE(SiblingFile::IsNameOfNew(AFilePath(name))) << name;
+  }
+}
+
 TEST(SiblingFile, ThereIsNothingToRemoveWhereNothingWasLeft) {
   const TempDir dir;
   dir.Write("f", kOld);

@@ -5,6 +5,7 @@ usage: unwritten.py TOOL PROFILE
 """
 import os
 import pathlib
+import resource
 import shutil
 import subprocess
 import sys
@@ -24,8 +25,9 @@ VERBS = {"compact": lambda to: ["compact", "p.icc", to],
 CAN_WRITE = {("strip", "closed/file"), ("extract", "closed/file"), ("extract", "kept")}
 
 
-def run(words, folder):
-    return subprocess.run(words, cwd=folder, capture_output=True, text=True, check=False)
+def run(words, folder, **options):
+    return subprocess.run(words, cwd=folder, capture_output=True, text=True, check=False,
+                          **options)
 
 
 def content_of(folder):
@@ -92,6 +94,14 @@ def main():
             done = run([*anybody, tool, *words], folder)
             told = (done.returncode, done.stdout, done.stderr)
             assert told == (1, "", f"vkcl: {why}\n"), (words, told)
+            assert content_of(folder) == before, words
+        # No file may become longer: the system would end the tool, unless it asks for errors.
+        for words in (["set", "p.icc", "Wizard.value=2"], ["embed", "p.icc", "trc", "file"],
+                      ["embed", "--in-place", "p.icc", "trc", "file"],
+                      *(words("new") for words in VERBS.values())):
+            done = run([tool, *words], folder, preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_FSIZE, (100, 100)))
+            assert done.returncode == 1 and done.stderr.startswith("vkcl: "), (words, done)
             assert content_of(folder) == before, words
         for verb, words in VERBS.items():
             done = run([*anybody, tool, *words("new")], folder)

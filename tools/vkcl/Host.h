@@ -11,6 +11,10 @@ namespace vkcl::tool::host {
 /// the place of one and gets what is printed. They can be neither read nor written.
 void OccupyStandardStreams();
 
+/// Has a write beyond the length that a file may have here fail as any other, instead of ending the
+/// tool in the middle of an edit.
+void LetLongFilesFail();
+
 /// Whether the stream goes to a terminal that can do more than print one line after the other.
 bool IsTerminal(std::FILE* stream);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
@@ -89,6 +90,8 @@ std::uint64_t KnownLength(int descriptor) {
 }
 
 }  // namespace
+
+void LetLongFilesFail() { std::signal(SIGXFSZ, SIG_IGN); }
 
 int WhyNotWritable(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;

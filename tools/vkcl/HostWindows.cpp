@@ -9,6 +9,8 @@ void OccupyStandardStreams() {}  // the C library keeps their numbers
 // Its console understands colours only when it is asked to; it is not.
 bool IsTerminal(std::FILE*) { return false; }
 
+void LetLongFilesFail() {}  // nothing ends there
+
 // Its lists of permissions are not asked.
 int WhyNotWritable(const std::string&) { return 0; }
 

@@ -22,6 +22,7 @@
 #include "Style.h"
 #include "UsageError.h"
 #include "Verbs.h"
+#include "edit/ProfileEdit.h"
 
 namespace vkcl::tool {
 namespace {
@@ -57,8 +58,16 @@ void AddColor(CLI::App& app) {
       ->check(CLI::IsMember({"auto", "always", "never"}));
 }
 
-// Only a file that is read may be the standard input.
+// What a script without a value hands on would be taken for an option that is not given; and edits
+// remove what looks like a copy that another one has left unfinished.
 std::string WhyNoName(const std::string& name) {
+  if (name.empty()) return "a file has a name, and this one is empty";
+  if (!IsUnfinishedCopy(AFilePath(name))) return "";
+  return "a file of such a name is taken for an unfinished copy, and removed; give it another one";
+}
+
+// Only a file that is read may be the standard input.
+std::string WhyNoFile(const std::string& name) {
   return name == "-" ? "- is the standard input, which is only read (a file of that name is ./-)"
                      : "";
 }
@@ -66,7 +75,9 @@ std::string WhyNoName(const std::string& name) {
 // What is the same for all verbs.
 void AddCommon(CLI::App& app) {
   for (CLI::Option* option : app.get_options([](CLI::Option*) { return true; })) {
-    if (option->get_type_name() == kFile) option->check(WhyNoName);
+    const std::string type = option->get_type_name();
+    if (type == kFile || type == kInput || type == kOutput) option->check(WhyNoName);
+    if (type == kFile) option->check(WhyNoFile);
   }
   AddColor(app);
   for (CLI::App* verb : app.get_subcommands([](CLI::App*) { return true; })) AddCommon(*verb);
@@ -98,6 +109,7 @@ int Parse(CLI::App& app, int argc, char** argv) {
 
 int Run(int argc, char** argv) {
   host::OccupyStandardStreams();
+  host::LetLongFilesFail();
   CLI::App app("Look at and change the private data of ICC profiles", "vkcl");
   app.set_version_flag("--version", std::string("vkcl ") + VKCL_VERSION, "Print the version");
   app.set_help_flag("-h,--help", "Print this help");

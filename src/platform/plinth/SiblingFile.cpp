@@ -155,6 +155,8 @@ bool SiblingFile::takePlace() {
   return true;
 }
 
+bool SiblingFile::IsNameOfNew(const AFilePath& path) { return IsOurs(path.getFileName().str()); }
+
 int SiblingFile::RemoveLeftovers(const AFilePath& place) {
   const AFilePath own = BehindLinks(place);
   const AFilePath folder = FolderOf(own);

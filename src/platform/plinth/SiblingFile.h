@@ -46,6 +46,9 @@ class SiblingFile {
   /// the old file is as it was then.
   bool takePlace();
 
+  /// Whether a file of that name is taken for a new one, and removed with the others.
+  static bool IsNameOfNew(const AFilePath& path);
+
   /// Removes new files beside `place` whose programs ended before they took a place or were
   /// removed; files that are still worked on stay. The number of files removed.
   static int RemoveLeftovers(const AFilePath& place);
