@@ -108,15 +108,22 @@ Result StoreInCopy(const ApplyOptions& options, const Document& document) {
   if (to.isSameFile(AFilePath(options.path))) {
     return Refused("a copy is not written onto the document");
   }
-  if (to.exists() && !options.force) {
-    return Refused(fmt::format("{} exists; --force replaces it", Printable(options.output)));
+  if (const std::string why = WhyKept(options.output, options.force); !why.empty()) {
+    return Refused(why);
   }
   const OpenedProfile profile(options.file, kAnyChannels);
+  const bool removesOnly = std::all_of(document.tags.begin(), document.tags.end(),
+                                       [](const TagChange& change) { return change.remove; });
+  if (removesOnly && document.tags.size() == profile.tagCount) {
+    return Refused("no tag would be left");
+  }
   if (!WriteChangedCopy(profile, document.tags, to)) {
-    return Refused(
-        fmt::format("{} could not be written: a tag of the profile is not wholly in its "
-                    "file, no tag would be left, or the disk is full",
-                    Printable(options.output)));
+    const auto isChanged = [&](const icTag& tag) {
+      return std::any_of(document.tags.begin(), document.tags.end(),
+                         [&](const TagChange& change) { return change.signature == tag.sig; });
+    };
+    return CopyNotWritten(options.output, profile,
+                          [&](const icTag& tag) { return !isChanged(tag); });
   }
   return Done(fmt::format("{}; written to {}", DoneText(document), Printable(options.output)));
 }

@@ -18,6 +18,9 @@ void LetLongFilesFail();
 /// Whether the stream goes to a terminal that can do more than print one line after the other.
 bool IsTerminal(std::FILE* stream);
 
+/// Whether the path names the file that is the standard input.
+bool IsStandardInput(const std::string& path);
+
 /// The number of the error with which writing into the file or folder would be refused by its
 /// permissions; 0 when they allow it, or do not tell.
 int WhyNotWritable(const std::string& path);

@@ -91,7 +91,14 @@ std::uint64_t KnownLength(int descriptor) {
 
 }  // namespace
 
-void LetLongFilesFail() { std::signal(SIGXFSZ, SIG_IGN); }
+void LetLongFilesFail() { static_cast<void>(std::signal(SIGXFSZ, SIG_IGN)); }
+
+bool IsStandardInput(const std::string& path) {
+  struct stat input = {};
+  struct stat file = {};
+  return fstat(STDIN_FILENO, &input) == 0 && stat(path.c_str(), &file) == 0 &&
+         input.st_dev == file.st_dev && input.st_ino == file.st_ino;
+}
 
 int WhyNotWritable(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;

@@ -11,6 +11,8 @@ bool IsTerminal(std::FILE*) { return false; }
 
 void LetLongFilesFail() {}  // nothing ends there
 
+bool IsStandardInput(const std::string&) { return false; }  // which is not read there
+
 // Its lists of permissions are not asked.
 int WhyNotWritable(const std::string&) { return 0; }
 

@@ -4,14 +4,19 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 #include "Describe.h"
 #include "Opened.h"
 #include "OutputFile.h"
 #include "Text.h"
 #include "WhyInvalid.h"
+#include "edit/ProfileEdit.h"
 #include "platform/plinth/AFile.h"
+#include "platform/plinth/ReplaceFile.h"
 #include "platform/profiler/TesselColorProfiler.h"
 #include "profile/TagLayout.h"
 
@@ -108,6 +113,17 @@ Result EmbedInto(VKCLProfileHandler& handler, const EmbeddedKind& kind, const st
                           SignatureText(kind.signature)));
 }
 
+std::vector<TagChange> RemovalOfPrivate(const VKCLProfile& profile) {
+  std::vector<TagChange> removals;
+  std::map<std::uint32_t, std::uint32_t> occurrences;
+  for (std::uint32_t i = 0; i < profile.tagCount; ++i) {
+    const std::uint32_t signature = profile.tagTable[i].sig;
+    if (!IsPrivateSignature(signature)) continue;
+    removals.push_back({signature, ++occurrences[signature], true, {}});
+  }
+  return removals;
+}
+
 // What keeps a profile from being locked or unlocked; empty when nothing does.
 std::string WhyNoLock(const VKCLProfileHandler& handler, int flag) {
   if (handler.IsVKCLProfile() == 0) return "it is none of the system's own profiles";
@@ -179,19 +195,19 @@ Result Strip(const std::string& input, const std::string& output, bool force) {
   }
   why = WhyKept(output, force);
   if (!why.empty()) return Refused(why);
-  OpenedProfile profile(input, kAnyChannels);
-  const auto isPrivate = [](const icTag& tag) { return IsPrivateSignature(tag.sig); };
-  const auto removed =
-      std::count_if(profile.tagTable, profile.tagTable + profile.tagCount, isPrivate);
-  if (removed == static_cast<std::ptrdiff_t>(profile.tagCount)) {
+  const OpenedProfile profile(input, kAnyChannels);
+  const auto isKept = [](const icTag& tag) { return !IsPrivateSignature(tag.sig); };
+  const std::vector<TagChange> removals = RemovalOfPrivate(profile);
+  const std::size_t removed = removals.size();
+  if (profile.tagCount == 0) return Refused("it holds no tags");
+  if (removed == profile.tagCount) {
     return Refused("it holds only private tags; nothing would be left");
   }
-  if (profile.WriteICCWithoutVKiTags(output.c_str()) == 0) {
-    return NotWritten(output);
+  if (!WriteChangedCopy(profile, removals, AFilePath(output))) {
+    return CopyNotWritten(output, profile, isKept);
   }
   return Done(fmt::format("{} private tags left out; {} tags written to {}", removed,
-                          profile.tagCount - static_cast<std::uint32_t>(removed),
-                          Printable(output)));
+                          profile.tagCount - removed, Printable(output)));
 }
 
 Result Lock(const std::string& path, const ChangeOptions& how) {
@@ -250,21 +266,22 @@ Result Extract(const std::string& path, const std::string& kindName, const std::
   if (to.isSameFile(AFilePath(path))) return Refused("a profile is not replaced by its content");
   why = WhyKept(file, force);
   if (!why.empty()) return Refused(why);
-  OpenedHandler handler(path, 0);
-  if (handler.GetProfilePtr()->GetTagSize(static_cast<icTagSignature>(kind->signature)) == 0) {
-    return Refused(fmt::format("it holds no {} ({})", kind->name, SignatureText(kind->signature)));
+  const OpenedProfile profile(path, 0);
+  const std::string tag = SignatureText(kind->signature);
+  if (profile.GetTagSize(static_cast<icTagSignature>(kind->signature)) == 0) {
+    return Refused(fmt::format("it holds no {} ({})", kind->name, tag));
   }
-  const int done =
-      kind->type < 0
-          ? handler.GetVSDProfile(to)
-          : handler.GetEnbededFile(to, static_cast<VKCLProfileHandler::EnbedFileType>(kind->type));
-  if (done == 0 && !WhyNotWritable(file).empty()) return NotWritten(file);
-  if (done == 0) {
+  // Not written as the library does, which removes the old file first.
+  VKPrivateTag payload;
+  payload.signature = kind->signature;
+  const std::size_t head = kind->type < 0 ? sizeof(VKVSDProfileParam) : 0;
+  if (profile.ReadVKPrivateTag(&payload, 1) == 0 || payload.size < head) {
     return Refused(
-        fmt::format("{} cannot be read, or {} cannot be written: the file system "
-                    "refuses it, or is full",
-                    SignatureText(kind->signature), Printable(file)));
+        fmt::format("its {} ({}) cannot be read: it is empty or damaged", kind->name, tag));
   }
+  const std::string_view content(static_cast<const char*>(payload.data) + head,
+                                 payload.size - head);
+  if (!ReplaceFile(to, content)) return NotWritten(file);
   return Done(fmt::format("wrote {} bytes to {}", LengthOf(file), Printable(file)));
 }
 

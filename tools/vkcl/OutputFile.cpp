@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -24,6 +25,9 @@ std::string WhyKept(const std::string& path, bool force) {
   if (fs::is_directory(status)) return fmt::format("{} is a folder", Printable(path));
   if (!fs::is_regular_file(status)) {
     return fmt::format("{} is not a regular file", Printable(path));
+  }
+  if (host::IsStandardInput(path)) {
+    return fmt::format("{} is the standard input, and not replaced", Printable(path));
   }
   return force ? "" : fmt::format("{} exists; --force replaces it", Printable(path));
 }
@@ -55,6 +59,21 @@ Result NotWritten(const std::string& path) {
   const std::string why = WhyNotWritable(path);
   return Refused(fmt::format("{} could not be written: {}", Printable(path),
                              why.empty() ? "the file system refuses it, or is full" : why));
+}
+
+Result CopyNotWritten(const std::string& path, const VKCLProfile& profile,
+                      const std::function<bool(const icTag& tag)>& counts) {
+  std::error_code error;
+  const std::uint64_t length = fs::file_size(profile.filePath.str(), error);
+  for (std::uint32_t i = 0; i < profile.tagCount && !error; ++i) {
+    const icTag& tag = profile.tagTable[i];
+    if (!counts(tag) || std::uint64_t{tag.offset} + tag.size <= length) continue;
+    return Refused(
+        fmt::format("{} could not be written: its tag '{}' reaches beyond the end of "
+                    "the profile's file",
+                    Printable(path), SignatureText(tag.sig)));
+  }
+  return NotWritten(path);
 }
 
 }  // namespace vkcl::tool
