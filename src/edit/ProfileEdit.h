@@ -50,9 +50,9 @@ class VKCL_API ProfileEdit {
   /// Tells of a profile whether the store can do the work on it as it lies.
   using LayoutTest = std::function<bool(const VKCLProfile& profile)>;
 
-  /// Makes the copy, with the permissions of the profile, and its owner where that is allowed. A
-  /// symbolic link is followed. `channels` as for VKCLProfile. The copy is in table order when
-  /// `suits` says no; without it, when the store could damage a tag by any work.
+  /// Makes the copy, with the permissions of the profile, and owner and group where that is
+  /// allowed. A symbolic link is followed. `channels` as for VKCLProfile. The copy is in table
+  /// order when `suits` says no; without it, when the store could damage a tag by any work.
   explicit ProfileEdit(const AFilePath& profile, int channels = 0, const LayoutTest& suits = {},
                        HardLinks hardLinks = HardLinks::Refuse) noexcept;
   /// Drops the copy unless it took the place.

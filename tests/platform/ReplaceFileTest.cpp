@@ -1,11 +1,15 @@
 #include "platform/plinth/ReplaceFile.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/xattr.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -433,6 +437,126 @@ void GiveToNobody(const std::string& path, mode_t mode) {
   }
   ASSERT_EQ(::chmod(path.c_str(), mode), 0);
 }
+
+struct Owner {
+  uid_t user;
+  gid_t group;
+};
+constexpr Owner kColleague = {30002, 30002};
+constexpr gid_t kTeam = 40000;
+
+/// What `run` says, in a process of a colleague who belongs to a team.
+bool AsColleague(const std::function<bool()>& run) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const bool is = ::setgroups(1, &kTeam) == 0 && ::setgid(kColleague.group) == 0 &&
+                    ::setuid(kColleague.user) == 0;
+    ::_exit(!is ? 2 : run() ? 1 : 0);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) < 2) << "status " << status;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 1;
+}
+
+TEST(ReplaceFile, KeepsTheGroupForWhomeverMayNotGiveFilesAway) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  const TempDir dir;
+  const fs::path before = fs::current_path();
+  fs::current_path(dir.path());  // the folders above may be closed to others
+  ASSERT_EQ(::chmod(".", 0777), 0);
+  struct Case {
+    gid_t group;
+    mode_t mode;
+    gid_t groupThen;
+    mode_t modeThen;
+  };
+  // A colleague's own group may do what everybody may, where the file's cannot be given.
+  for (const Case& c :
+       {Case{kTeam, 0660, kTeam, 0660}, Case{kTeam, 02674, kTeam, 0674},
+        Case{kNobody, 0666, kColleague.group, 0666}, Case{kNobody, 0676, kColleague.group, 0666},
+        Case{kNobody, 0646, kColleague.group, 0646}}) {
+    SCOPED_TRACE(::testing::Message() << c.group << ' ' << std::oct << c.mode);
+    dir.Write("f", BytesOf("old"));
+    ASSERT_EQ(::chown("f", 30001, c.group), 0);
+    ASSERT_EQ(::chmod("f", c.mode), 0);
+    EXPECT_TRUE(AsColleague([] { return ReplaceFile("f", "new"); }));
+    struct stat status = {};
+    ASSERT_EQ(::stat("f", &status), 0);
+    EXPECT_EQ(TextOf("f"), "new");
+    EXPECT_EQ(status.st_uid, kColleague.user);
+    EXPECT_EQ(status.st_gid, c.groupThen);
+    EXPECT_EQ(status.st_mode & 07777, c.modeThen);
+    fs::remove("f");
+  }
+  fs::current_path(before);
+}
+
+#if defined(__linux__)
+constexpr const char* kAccessList = "system.posix_acl_access";
+
+/// An access list in the form of the system: version 2, then tag, permissions and id of each entry.
+Bytes AccessList(unsigned char ofUser, unsigned char ofGroup, unsigned char mask) {
+  Bytes list = {2, 0, 0, 0};
+  const auto add = [&](unsigned char tag, unsigned char permissions, std::uint32_t id) {
+    for (const unsigned int byte : {unsigned{tag}, 0u, unsigned{permissions}, 0u, id & 255,
+                                    id >> 8 & 255, id >> 16 & 255, id >> 24}) {
+      list.push_back(static_cast<unsigned char>(byte));
+    }
+  };
+  constexpr std::uint32_t kNone = 0xFFFFFFFF;
+  add(0x01, 6, kNone);      // the owner
+  add(0x02, ofUser, 1234);  // a user by number
+  add(0x04, ofGroup, kNone);
+  add(0x10, mask, kNone);
+  add(0x20, 0, kNone);  // all others
+  return list;
+}
+
+/// An attribute of a file; none where it has none.
+Bytes AttributeOf(const std::string& path, const char* name) {
+  Bytes value(1000);
+  const ssize_t length = ::getxattr(path.c_str(), name, value.data(), value.size());
+  value.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+  return value;
+}
+
+bool SetAttribute(const std::string& path, const char* name, const Bytes& value) {
+  return ::setxattr(path.c_str(), name, value.data(), value.size(), 0) == 0;
+}
+
+TEST(ReplaceFile, KeepsAccessListsAndTheAttributesOfUsers) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", BytesOf("old"));
+  const Bytes list = AccessList(6, 0, 6);
+  const Bytes note = BytesOf("measured on Monday");
+  if (!SetAttribute(path, kAccessList, list) || !SetAttribute(path, "user.note", note)) {
+    GTEST_SKIP() << "the file system has no access lists, or no attributes";
+  }
+  const mode_t mode = ModeOf(path);
+  EXPECT_EQ(mode, 0660u);  // the mask stands for the group
+  ASSERT_TRUE(ReplaceFile(path, "new"));
+  EXPECT_EQ(TextOf(path), "new");
+  EXPECT_EQ(AttributeOf(path, kAccessList), list);
+  EXPECT_EQ(AttributeOf(path, "user.note"), note);
+  EXPECT_EQ(ModeOf(path), mode);
+}
+
+TEST(ReplaceFile, GivesNoAccessThatOnlyNewFilesOfTheFolderHave) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", BytesOf("old"));
+  ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+  if (!SetAttribute(dir.path().string(), "system.posix_acl_default", AccessList(7, 7, 7))) {
+    GTEST_SKIP() << "the file system has no access lists";
+  }
+  ASSERT_TRUE(ReplaceFile(path, "new"));
+  EXPECT_EQ(AttributeOf(path, kAccessList), Bytes());
+  EXPECT_EQ(ModeOf(path), 0640u);
+  // One that was not there has what the folder gives.
+  ASSERT_TRUE(ReplaceFile(dir.File("g"), "new"));
+  EXPECT_NE(AttributeOf(dir.File("g"), kAccessList), Bytes());
+}
+#endif
 
 TEST(ReplaceFile, RefusesAFileThatMayNotBeWritten) {
   const TempDir dir;

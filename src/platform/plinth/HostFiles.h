@@ -95,7 +95,9 @@ bool Remove(const char* path) noexcept;
 bool Rename(const char* from, const char* to) noexcept;
 /// Has the system carry a folder's entries to the medium, as far as it can.
 void SyncFolder(const char* path) noexcept;
-/// Gives the file `to` the permissions of the file `from`, and its owner where that is allowed.
+/// Gives the file `to` the permissions of the file `from`, access lists and the attributes of users
+/// with them, and its owner and group where that is allowed. Where the group cannot be given,
+/// another one may not do more than everybody.
 bool CopyPermissions(const char* from, const char* to) noexcept;
 /// Whether the path names something, through links.
 bool Exists(const char* path) noexcept;

@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/xattr.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -19,6 +22,39 @@ namespace {
 
 // Slices moved by one call; a longer list is continued by the caller's next call.
 constexpr std::size_t kSlicesPerCall = 64;
+
+#if defined(__linux__)
+constexpr const char* kAccessList = "system.posix_acl_access";
+// More than the file systems that Linux is used with have for all attributes of a file together.
+using AttributeBuffer = std::array<char, 8192>;
+
+// Gives a file the attribute of another one, or takes it away where that has none. False when it
+// has one that the file cannot have.
+bool CopyAttribute(const char* from, const char* to, const char* name) {
+  AttributeBuffer value;  // NOLINT(cppcoreguidelines-pro-type-member-init): it is read into
+  const ssize_t length = ::getxattr(from, name, value.data(), value.size());
+  if (length >= 0) {
+    return ::setxattr(to, name, value.data(), static_cast<std::size_t>(length), 0) == 0;
+  }
+  const bool hasNone = errno == ENODATA;
+  if (hasNone) ::removexattr(to, name);  // its folder may give each new file one
+  return hasNone || errno == ENOTSUP;
+}
+
+// What users and programs have noted beside the content, as far as it can be kept.
+void CopyNotes(const char* from, const char* to) {
+  AttributeBuffer names;  // NOLINT(cppcoreguidelines-pro-type-member-init): it is read into
+  const ssize_t length = ::listxattr(from, names.data(), names.size());
+  for (ssize_t at = 0; at < length;) {
+    const char* name = names.data() + at;
+    if (std::strncmp(name, "user.", 5) == 0) CopyAttribute(from, to, name);
+    at += static_cast<ssize_t>(std::strlen(name)) + 1;
+  }
+}
+#endif
+
+// The mode without what its group may do and others may not: for a file of another group.
+mode_t WithoutGroup(mode_t mode) { return (mode & ~mode_t{070}) | (mode & (mode << 3) & 070); }
 
 int AccessFlags(Access access) {
   switch (access) {
@@ -144,8 +180,20 @@ bool CopyPermissions(const char* from, const char* to) noexcept {
   const bool same =
       ::stat(to, &now) == 0 && now.st_uid == status.st_uid && now.st_gid == status.st_gid;
   const bool owned = same || ::chown(to, status.st_uid, status.st_gid) == 0;
-  const mode_t mode = status.st_mode & (owned ? 07777u : 0777u);
-  return (now.st_mode & 07777u) == mode || ::chmod(to, mode) == 0;
+  const bool isOfGroup = owned || now.st_gid == status.st_gid ||
+                         ::chown(to, static_cast<uid_t>(-1), status.st_gid) == 0;
+  mode_t mode = status.st_mode & (owned ? 07777u : 0777u);
+  if (!isOfGroup) mode = WithoutGroup(mode);
+  if ((now.st_mode & 07777u) != mode && ::chmod(to, mode) != 0) return false;
+#if defined(__linux__)
+  CopyNotes(from, to);
+  // Without the list, what stands for it in the mode would give the group more. Its own entry of
+  // the group is that of the old one.
+  if (isOfGroup && !CopyAttribute(from, to, kAccessList)) {
+    return ::chmod(to, WithoutGroup(mode)) == 0;
+  }
+#endif
+  return true;
 }
 
 std::vector<std::string> FilesIn(const char* folder, const std::string& prefix) {

@@ -14,8 +14,8 @@ namespace vkcl {
 /// Makes what `write` writes the content of the file at `path`, which need not exist. A new file is
 /// created beside it and written; then the function has the system carry it to the medium, and
 /// gives it the name. Whoever opens the path, at any moment and after any crash, finds the old file
-/// or the new one, whole. Through a symbolic link the file that it names is replaced; permissions,
-/// and the owner where that is allowed, stay.
+/// or the new one, whole. Through a symbolic link the file that it names is replaced; permissions
+/// with access lists, the attributes of users, and owner and group where that is allowed, stay.
 ///
 /// False when a step failed, memory was short, `write` said so or threw, or the path names
 /// something that is no regular file or may not be written: then the old file is as it was, and the

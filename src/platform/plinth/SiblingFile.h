@@ -9,9 +9,9 @@
 namespace vkcl {
 
 /// Created empty in the folder of the file at `place`, through symbolic links, with the permissions
-/// of the file there, and its owner where that is allowed (on Windows those of the folder); removed
-/// with the object unless it took the place. Whoever opens the place, at any moment and after any
-/// crash, finds the old file or the new one, whole.
+/// of the file there, and owner and group where that is allowed (on Windows those of the folder);
+/// removed with the object unless it took the place. Whoever opens the place, at any moment and
+/// after any crash, finds the old file or the new one, whole.
 class SiblingFile {
  public:
   explicit SiblingFile(const AFilePath& place);
