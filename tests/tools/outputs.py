@@ -99,6 +99,19 @@ def nothing_replaces_the_standard_input(tool, folder):
         assert (folder / out).read_bytes() == before
 
 
+def sidecars_lie_beside_the_folder_that_the_system_means(tool, folder):
+    (folder / "a" / "icc").mkdir(parents=True)
+    (folder / "b" / "c").mkdir(parents=True)
+    (folder / "b" / "icc").mkdir()
+    (folder / "a" / "link").symlink_to(pathlib.Path("..") / "b" / "c")
+    for place, name in (("a", "Acme"), ("b", "Bolt")):
+        shutil.copyfile(folder / "p.icc", folder / place / "icc" / "x.icc")
+        tool.does("set", f"{place}/icc/x.icc", f"ColorParam.Make={name}")
+    tool.does("vsd", "create", "a/link/../icc/x.icc")  # b/icc/x.icc
+    assert b"Bolt" in (folder / "b" / "VSDProfile" / "x.icc").read_bytes()
+    assert not (folder / "a" / "VSDProfile").exists()
+
+
 def main():
     with tempfile.TemporaryDirectory(prefix="vkcl-outputs-") as name:
         folder = pathlib.Path(name)
@@ -108,6 +121,7 @@ def main():
         strip_keeps_what_tags_hold(tool, folder)
         old_files_stay_or_are_replaced(tool, folder)
         nothing_replaces_the_standard_input(tool, folder)
+        sidecars_lie_beside_the_folder_that_the_system_means(tool, folder)
         assert not [path for path in folder.iterdir() if path.name.startswith(".")]
     print("nothing was lost")
 

@@ -70,6 +70,9 @@ def refusals(folder):
             if verb == "compact" and len(to) < 256 and (folder / to).exists():
                 why = f"{to} exists"  # it never replaces anything
             yield words(to), why if verb in ("report", "split") else f"p.icc: {why}"
+    for to in ("none/new", "file/new", "dangling", "closed/new"):
+        for how in (["--dry-run"], []):
+            yield ["set", *how, "--create", "4", to, "Wizard.value=1"], f"{to}: {cases[to]}"
     beside = "it cannot be written, or a file cannot be made beside it: "
     for name, why in (("kept.icc", "Permission denied"),
                       ("closed/p.icc", into_closed.format("closed")),

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string_view>
@@ -76,18 +75,6 @@ std::uint64_t LengthOf(const std::string& path) {
   AFile file;
   const std::int64_t length = file.open(AFilePath(path), AFile::Read) ? file.length() : 0;
   return static_cast<std::uint64_t>(std::max<std::int64_t>(length, 0));
-}
-
-// Why a file cannot be embedded; empty when it can be read.
-std::string WhyUnreadable(const std::string& path) {
-  AFile file;
-  if (AFilePath(path).isDirectory()) return "it is a folder";
-  std::error_code error;
-  if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
-    return "it is not a regular file";
-  }
-  if (!file.open(AFilePath(path), AFile::Read)) return "it cannot be opened";
-  return {};
 }
 
 LayoutTest SuitsWriting(VKPrivateTagSignature signature, std::uint64_t length) {

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "Opened.h"
+#include "OutputFile.h"
 #include "Records.h"
 #include "Text.h"
 #include "WhyInvalid.h"
@@ -228,6 +229,8 @@ Result SetFields(const std::string& path, const std::vector<std::string>& assign
     if (!why.empty()) return Refused(why);
   } else if (createChannels < 3 || createChannels > 16) {
     return Usage("a profile is created with 3 to 16 channels");
+  } else if (!WhyNotWritable(path).empty()) {
+    return NotWritten(path);
   }
 
   OpenedHandler handler(path, create ? createChannels : channels);

@@ -233,6 +233,9 @@ Result StoreSplit(const SplitOptions& options) {
   const std::string why = WhyInvalid(options.file, 0);
   if (!why.empty()) return Refused(why);
   SplitParam split;
+  if (const std::string no = WhyUnreadable(options.fromXml); !no.empty()) {
+    return Refused(fmt::format("{}: {}", Printable(options.fromXml), no));
+  }
   if (!ReadXml(options.fromXml, split)) {
     return Refused(fmt::format("{}: it is no XML form of a split", Printable(options.fromXml)));
   }

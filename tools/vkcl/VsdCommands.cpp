@@ -217,8 +217,17 @@ std::string DocumentText(const Json& document) {
 }
 
 // The document of a profile, by its full path: of a bare file name the folder above is not known.
+// Which folder ".." means behind a link only the system knows.
 AFilePath SidecarOf(const std::string& profile) {
-  return VSDProfileHandler::ICCtoVSDFolder(AFilePath(AFilePath(profile).GetFullPath()));
+  namespace fs = std::filesystem;
+  AFilePath full(AFilePath(profile).GetFullPath());
+  const fs::path path(profile);
+  if (std::find(path.begin(), path.end(), "..") != path.end()) {
+    std::error_code error;
+    const fs::path folder = fs::weakly_canonical(fs::absolute(path, error).parent_path(), error);
+    if (!error) full = AFilePath((folder / path.filename()).string());
+  }
+  return VSDProfileHandler::ICCtoVSDFolder(full);
 }
 
 // The folder of the document, made where it is missing, and removed again unless it is kept.

@@ -48,7 +48,7 @@ std::string WhyHeaderIsRefused(std::ifstream& file, std::uint64_t length) {
 
 }  // namespace
 
-std::string WhyInvalid(const std::string& path, int channels) {
+std::string WhyUnreadable(const std::string& path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) return "it is a folder";
   const auto status = std::filesystem::status(path, error);
@@ -56,14 +56,19 @@ std::string WhyInvalid(const std::string& path, int channels) {
     return "it is not a regular file";
   }
   errno = 0;
+  if (std::ifstream(path, std::ios::binary)) return {};
+  const int reason = errno != 0 ? errno : ENOENT;
+  return fmt::format("it cannot be opened: {}", std::generic_category().message(reason));
+}
+
+std::string WhyInvalid(const std::string& path, int channels) {
+  std::string why = WhyUnreadable(path);
+  if (!why.empty()) return why;
   std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    const int reason = errno != 0 ? errno : ENOENT;
-    return fmt::format("it cannot be opened: {}", std::generic_category().message(reason));
-  }
+  std::error_code error;
   const std::uint64_t length = std::filesystem::file_size(path, error);
   if (error) return "it is not a regular file";
-  std::string why = WhyHeaderIsRefused(file, length);
+  why = WhyHeaderIsRefused(file, length);
   if (!why.empty()) return why;
 
   const OpenedProfile profile(path, channels);
