@@ -63,6 +63,10 @@ def strip_keeps_what_tags_hold(tool, folder):
 def old_files_stay_or_are_replaced(tool, folder):
     (folder / "content").write_bytes(bytes(range(256)) * 10)
     tool.does("embed", "p.icc", "trc", "content")
+    (folder / "empty").write_bytes(b"")
+    tool.does("embed", "q.icc", "trc", "empty")
+    tool.does("extract", "q.icc", "trc", "as-empty")
+    assert (folder / "as-empty").read_bytes() == b""
     for verb, words in (("extract", ["extract", "p.icc", "trc"]), ("strip", ["strip", "p.icc"])):
         target, link, hard, out = (folder / f"{verb}-{name}" for name in
                                    ("target", "link", "hard", "out"))
@@ -118,6 +122,7 @@ def main():
         shutil.copyfile(sys.argv[2], folder / "p.icc")
         tool = Tool(os.path.abspath(sys.argv[1]), folder)
         tool.does("set", "p.icc", "Wizard.value=1")
+        shutil.copyfile(folder / "p.icc", folder / "q.icc")
         strip_keeps_what_tags_hold(tool, folder)
         old_files_stay_or_are_replaced(tool, folder)
         nothing_replaces_the_standard_input(tool, folder)

@@ -262,9 +262,13 @@ Result Extract(const std::string& path, const std::string& kindName, const std::
   VKPrivateTag payload;
   payload.signature = kind->signature;
   const std::size_t head = kind->type < 0 ? sizeof(VKVSDProfileParam) : 0;
-  if (profile.ReadVKPrivateTag(&payload, 1) == 0 || payload.size < head) {
-    return Refused(
-        fmt::format("its {} ({}) cannot be read: it is empty or damaged", kind->name, tag));
+  unsigned long length = 0;
+  char first = 0;
+  const bool isEmpty =  // which the allocating read does not tell from damage
+      profile.ReadVKPrivateTag(kind->signature, &first, sizeof first, &length) != 0 && length == 0;
+  const bool isRead = isEmpty || profile.ReadVKPrivateTag(&payload, 1) != 0;
+  if (!isRead || payload.size < head) {
+    return Refused(fmt::format("its {} ({}) cannot be read: it is damaged", kind->name, tag));
   }
   const std::string_view content(static_cast<const char*>(payload.data) + head,
                                  payload.size - head);
