@@ -12,6 +12,11 @@ import subprocess
 import sys
 import tempfile
 
+# No file may become longer than 100 bytes. A build that counts what runs cannot save its counts so,
+# and says so behind the refusal.
+LIMITED = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)),
+           "env": {**os.environ, "GCOV_PREFIX": os.devnull}}
+
 
 def profile(entries, data):
     """A profile of (signature, offset behind the table, length) and their data."""
@@ -40,7 +45,8 @@ class Tool:
 
     def refuses(self, why, *words, **options):
         done = self.run(*words, **options)
-        assert (done.returncode, done.stderr) == (1, f"vkcl: {why}\n"), (words, done)
+        told = done.stderr.splitlines()[:1]
+        assert (done.returncode, told) == (1, [f"vkcl: {why}"]), (words, done)
 
 
 def strip_keeps_what_tags_hold(tool, folder):
@@ -75,11 +81,9 @@ def old_files_stay_or_are_replaced(tool, folder):
             path.chmod(0o640)
         link.symlink_to(target.name)
         os.link(out, hard)
-        # The new content does not go beyond 100 bytes: the old one stays.
         for path in (link, out):
             tool.refuses(f"p.icc: {path.name} could not be written: the file system refuses it, or "
-                         "is full", *words, "--force", path.name, preexec_fn=lambda:
-                         resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+                         "is full", *words, "--force", path.name, **LIMITED)
             assert path.read_bytes() == b"old"
         for path in (link, out):
             tool.does(*words, "--force", path.name)
