@@ -1223,6 +1223,41 @@ TEST(ProfilerExport, ReplacesTheDictionaryThatIsRead) {
   EXPECT_EQ(again.Get("InkTotal"), "300");
 }
 
+TEST(ProfilerExport, RefusesToReplaceADictionaryThatItCannotRead) {
+  const TempDir dir;
+  const std::string path = WithDictionary(dir, "srgb.icc", {{L"Foreign", L"x"}, {L"Other", L"y"}});
+  const Bytes whole = ReadFile(path);
+  std::uint32_t start = 0;
+  for (const ImageEntry& entry : TableOf(whole)) {
+    if (entry.sig == Sig("meta")) start = entry.offset;
+  }
+  ASSERT_NE(start, 0u);
+  struct Damage {
+    const char* what;
+    std::uint32_t at;  // in the element: type, 0, records, length of a record, records
+    std::uint32_t value;
+  };
+  for (const Damage& damage :
+       {Damage{"another type", 0, Sig("text")}, Damage{"more records than there are", 8, 1000},
+        Damage{"records of no known length", 12, 20},
+        Damage{"a name outside of the file", 16, 0x7FFFFFF0},
+        Damage{"a value longer than the file", 28, 0x7FFFFFF0}}) {
+    SCOPED_TRACE(damage.what);
+    Bytes damaged = whole;
+    vkcl::testing::SetBig32(damaged, start + damage.at, damage.value);
+    dir.Write("dictionary.icc", damaged);
+    const Profiler profiler;
+    ASSERT_EQ(profiler.Set("InkTotal", "300"), 0);
+    EXPECT_NE(profiler.Export(path), 0);
+    EXPECT_TRUE(SameBytes(ReadFile(path), damaged));
+  }
+  dir.Write("dictionary.icc", whole);
+  const Profiler profiler;
+  ASSERT_EQ(profiler.Set("InkTotal", "300"), 0);
+  EXPECT_EQ(profiler.Export(path), 0);
+  EXPECT_EQ(EntriesIn(path).size(), 3u);
+}
+
 TEST(ProfilerExport, RefusesAnEntryMoreThanLittleCmsReads) {
   const TempDir dir;
   for (const std::uint32_t count : {99u, 100u}) {

@@ -209,12 +209,15 @@ std::vector<FilePiece> LayOut(std::vector<Entry>& table, std::uint64_t& end) {
   return pieces;
 }
 
-// Writes the file anew with `data` as its dictionary tag.
-int ReplaceDictionary(const std::string& path, const FileContent& content, const Bytes& data) {
+// Writes the file anew with `data` as its dictionary tag. Refused where there is one that was not
+// `read`: its entries would be lost.
+int ReplaceDictionary(const std::string& path, const FileContent& content, bool read,
+                      const Bytes& data) {
   const auto* file = reinterpret_cast<const std::uint8_t*>(content.bytes.get());
   std::vector<Entry> table;
   if (data.empty() || !ReadTable(file, content.size, table)) return kRefused;
   Entry& dictionary = DictionaryEntry(table);
+  if (dictionary.data != nullptr && !read) return kRefused;
   dictionary.data = data.data();
   dictionary.size = static_cast<std::uint32_t>(data.size());
   if (table.size() > kMostTags) return kRefused;
@@ -298,8 +301,9 @@ int CLExportProfilerOptions(void* profiler, void* fileSpec) {
     const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
     if (!profile) return p::kRefused;
     const p::OpenProfile old = p::DictionaryOf(context, profile);
-    const p::Dictionary merged = p::Merged(context, p::EntriesIn(old), object->options);
-    return p::ReplaceDictionary(spec->path, file, p::TagData(context, merged));
+    const cmsHANDLE entries = p::EntriesIn(old);
+    const p::Dictionary merged = p::Merged(context, entries, object->options);
+    return p::ReplaceDictionary(spec->path, file, entries != nullptr, p::TagData(context, merged));
   });
 }
 

@@ -82,8 +82,9 @@ VKCL_API int CLGetProfilerOption(void* profiler, const char* key, void* buffer);
 /// Sets an option to a text. Refuses another key and a longer value.
 VKCL_API int CLSetProfilerOption(void* profiler, const char* key, const char* value);
 /// Writes the options that are set into the file's dictionary, which is made where there is none.
-/// Entries of other names, the header but for its size, and every other tag's bytes stay. On a
-/// refusal the file is as it was.
+/// Entries of other names, the header but for its size, and every other tag's bytes stay. Refuses a
+/// file with a dictionary that cannot be read, whose entries would be lost. On a refusal the file
+/// is as it was.
 VKCL_API int CLExportProfilerOptions(void* profiler, void* fileSpec);
 /// Releases a set of options.
 VKCL_API void CLFreeCLProfilerRef(void* profiler);
