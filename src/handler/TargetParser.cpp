@@ -1,9 +1,12 @@
 #include "handler/TargetParser.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 
+#include "platform/Shortage.h"
 #include "platform/plinth/AString.h"
 #include "platform/plinth/NumberText.h"
 #include "profile/icc.h"
@@ -58,13 +61,14 @@ const MeasurementField* MeasurementOf(std::string_view word) {
 }
 
 // Sets the number of values per sample. A list that keeps its values is given zeros behind them
-// where the new number asks for more, so that nobody reads past them. False when memory is short.
+// where the new number asks for more, so that nobody reads past them. False when that is too much.
 bool SetColors(ProfileDataList& list, std::int32_t colors) {
   if (list.DataList != nullptr && list.NumOfSamples > 0 && colors > list.NumOfColors) {
     const auto samples = static_cast<std::size_t>(list.NumOfSamples);
     const std::size_t held = samples * static_cast<std::size_t>(std::max(list.NumOfColors, 0));
-    std::unique_ptr<double[]> grown(
-        new (std::nothrow) double[samples * static_cast<std::size_t>(colors)]());
+    const std::size_t values = samples * static_cast<std::size_t>(colors);
+    if (values > PTRDIFF_MAX / sizeof(double)) return false;
+    std::unique_ptr<double[]> grown(vkcl::NotedIfNull(new (std::nothrow) double[values]()));
     if (!grown) return false;
     std::copy_n(list.DataList, held, grown.get());
     delete[] list.DataList;

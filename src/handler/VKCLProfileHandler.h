@@ -145,8 +145,9 @@ class VKCL_API VKCLProfileHandler {
 
   /// Gathers everything: records, target, options, and the lists that the finished state (asked
   /// with `flag`, see VKCLProfile::GetVKCLProfileFinishedState) lets a profile have. What is
-  /// missing, or cannot be read for want of memory, keeps what the record had. Fails, and changes
-  /// nothing, when there is no state.
+  /// missing, or cannot be read from the file, keeps what the record had. Fails, and changes
+  /// nothing, when there is no state; fails, too, when memory was short, and members that were not
+  /// reached keep what they had then.
   int GetVKCLProfileProperties(VKCLProfileProperties& properties, int flag) const;
   /// 1 when the linearisation measurement is a placeholder: format 0xFFFFFFFF, as many samples
   /// measured as there are, and no values.

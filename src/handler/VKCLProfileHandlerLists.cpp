@@ -8,6 +8,7 @@
 #include "handler/TargetParser.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/Guarded.h"
+#include "platform/Shortage.h"
 #include "platform/plinth/TextEncoding.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
@@ -56,7 +57,7 @@ bool FillList(ProfileDataList& list, PayloadReader reader) {
   const std::size_t size = reader.left();
   if (!reader.good() || !Announces(list, present, size)) return false;
   if (size == 0) return true;
-  list.DataList = new (std::nothrow) double[size / sizeof(double)];
+  list.DataList = vkcl::NotedIfNull(new (std::nothrow) double[size / sizeof(double)]);
   return list.DataList != nullptr && reader.Copy(list.DataList, size);
 }
 

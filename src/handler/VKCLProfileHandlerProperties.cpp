@@ -5,6 +5,7 @@
 #include "handler/TargetParser.h"
 #include "handler/VKCLProfileHandler.h"
 #include "platform/Guarded.h"
+#include "platform/Shortage.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
 using vkcl::Guarded;
@@ -79,6 +80,7 @@ int VKCLProfileHandler::LoadVKCLProfilePropertiesHelper(VKCLProfileProperties& p
 int VKCLProfileHandler::GetVKCLProfileProperties(VKCLProfileProperties& properties,
                                                  int flag) const {
   return Guarded([&] {
+    const vkcl::ShortageWatch shortage;
     VKCLProfileFinishedState state = FinishedNone;
     if (GetVKCLProfileFinishedState(state, flag) == 0) return 0;
 
@@ -105,7 +107,8 @@ int VKCLProfileHandler::GetVKCLProfileProperties(VKCLProfileProperties& properti
         reference.ColorMode = properties.colorParam.ColorMode;
       }
     }
-    return 1;
+    // What memory was too short for is not missing: whoever stores the rest would lose it.
+    return shortage.Met() ? 0 : 1;
   });
 }
 

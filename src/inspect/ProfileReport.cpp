@@ -10,6 +10,7 @@
 #include "inspect/report/ReportSections.h"
 #include "inspect/report/ShownFile.h"
 #include "platform/Guarded.h"
+#include "platform/Shortage.h"
 #include "platform/plinth/ReplaceFile.h"
 
 namespace vkcl {
@@ -154,7 +155,10 @@ class Page {
 }  // namespace
 
 bool WriteReport(std::span<const AFilePath> profiles, const ReportSink& sink) noexcept {
-  return Guarded([&] { return Page(profiles, sink).Write(); });
+  return Guarded([&] {
+    const ShortageWatch shortage;
+    return Page(profiles, sink).Write() && !shortage.Met();  // else the page may tell less
+  });
 }
 
 bool WriteReportFile(std::span<const AFilePath> profiles, const AFilePath& page) noexcept {

@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "platform/Shortage.h"
+
 namespace {
 
 constexpr std::int32_t kTableType = 1;
@@ -14,7 +16,7 @@ using Table = std::unique_ptr<DitherTypeV1>;
 
 // A new table whose first `bytes` bytes are those of `source`; null when memory is short.
 Table CopyTable(const DitherTypeV1& source, std::size_t bytes) {
-  Table table(new (std::nothrow) DitherTypeV1);
+  Table table(vkcl::NotedIfNull(new (std::nothrow) DitherTypeV1));
   if (table) {
     std::memcpy(static_cast<void*>(table.get()), static_cast<const void*>(&source), bytes);
   }

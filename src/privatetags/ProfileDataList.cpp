@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "platform/Shortage.h"
+
 namespace {
 
 // Number of values that the counters announce; 0 when one of them is negative.
@@ -16,7 +18,7 @@ constexpr std::size_t kMostValues = UINT32_MAX / sizeof(double);  // what GetDat
 // A zeroed array; null when it is too large or memory is short.
 template <class Type>
 Type* NewArray(std::size_t count) {
-  return count <= kMostValues ? new (std::nothrow) Type[count]() : nullptr;
+  return count <= kMostValues ? vkcl::NotedIfNull(new (std::nothrow) Type[count]()) : nullptr;
 }
 
 template <class Type>

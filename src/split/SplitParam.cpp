@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "platform/Shortage.h"
+
 namespace {
 
 constexpr std::int32_t kHeadSize = 20;
@@ -51,9 +53,9 @@ SplitTypeBase* SplitParam::NewRecords(long version, int count) {
   if (SetSize(version, count) == 0) return nullptr;
   const auto records = static_cast<std::size_t>(count);
   switch (version) {
-    case 2: return new (std::nothrow) SplitTypeV2[records];
-    case 3: return new (std::nothrow) SplitTypeV3[records];
-    case 4: return new (std::nothrow) SplitTypeV4[records];
+    case 2: return vkcl::NotedIfNull(new (std::nothrow) SplitTypeV2[records]);
+    case 3: return vkcl::NotedIfNull(new (std::nothrow) SplitTypeV3[records]);
+    case 4: return vkcl::NotedIfNull(new (std::nothrow) SplitTypeV4[records]);
     default: return nullptr;
   }
 }

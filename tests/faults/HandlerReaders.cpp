@@ -98,14 +98,14 @@ void AddAnswers(std::vector<Operation>& all) {
 }
 
 void AddTogether(std::vector<Operation>& all) {
-  // What cannot be read is missing, and what is missing keeps what the record had.
+  // What the file does not give is missing, and what is missing keeps what the record had.
   Operation properties = Reads<VKCLProfileProperties>(
       "VKCLProfileHandler::GetVKCLProfileProperties",
       [](const Handler& handler, VKCLProfileProperties& all_) {
         return handler.GetVKCLProfileProperties(all_, 0);
       },
       ObjectsLeft::Documented);
-  properties.systemFaults = properties.shortages = Faults::Tell;
+  properties.systemFaults = Faults::Tell;
   all.push_back(properties);
   all.push_back({"VKCLProfileHandler::IsLinFake", [](const TempDir& dir) {
                    return With<Handler>([](Handler& handler) { return handler.IsLinFake(); },

@@ -126,12 +126,12 @@ void AddPages(std::vector<Operation>& all) {
   Operation report = On("vkcl::WriteReport", [](Inspecting& i) {
     return WriteReport({&i.path, 1}, [&](std::string_view piece) { return i.Take(piece); });
   });
-  report.systemFaults = report.shortages = Faults::Tell;
+  report.systemFaults = Faults::Tell;
   all.push_back(report);
   all.push_back(On("vkcl::WriteReportFile", [](Inspecting& i) {
     return WriteReportFile({&i.path, 1}, i.page);
   }));
-  all.back().systemFaults = all.back().shortages = Faults::Tell;
+  all.back().systemFaults = Faults::Tell;
 }
 
 void AddViews(std::vector<Operation>& all) {

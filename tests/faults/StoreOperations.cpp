@@ -100,7 +100,6 @@ void AddReaders(std::vector<Operation>& all) {
                        [](const AFilePath& path) { return Show(path); },
                        dir.File("a profile for a while.tmp"));
                  }});
-  all.back().shortages = Faults::Tell;  // one that could not be loaded has no path
   all.push_back({"VKCLProfile::operator=", OnTwo([](Pair& pair) {
                    pair.second = pair.first;
                    return pair.second.tagCount == pair.first.tagCount;

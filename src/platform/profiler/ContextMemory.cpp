@@ -7,6 +7,8 @@
 #include <memory>
 #include <new>
 
+#include "platform/Shortage.h"
+
 namespace vkcl::profiler {
 namespace {
 
@@ -40,7 +42,7 @@ PieceHead* RingOf(cmsContext context) {
 void* Allocate(cmsContext context, cmsUInt32Number size) {
   if (size > kMost) return nullptr;
   // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): Little CMS wants pieces that can be resized
-  void* memory = std::malloc(sizeof(PieceHead) + size);
+  void* memory = NotedIfNull(std::malloc(sizeof(PieceHead) + size));
   if (memory == nullptr) return nullptr;
   auto* piece = new (memory) PieceHead();
   if (PieceHead* ring = RingOf(context)) Join(ring, piece);
@@ -61,7 +63,7 @@ void* Resize(cmsContext context, void* data, cmsUInt32Number size) {
   PieceHead* ring = piece->before == piece ? nullptr : piece->before;
   Part(piece);
   // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-  void* moved = std::realloc(piece, sizeof(PieceHead) + size);
+  void* moved = NotedIfNull(std::realloc(piece, sizeof(PieceHead) + size));
   PieceHead* now = moved != nullptr ? new (moved) PieceHead() : piece;
   if (ring != nullptr) Join(ring, now);
   return moved != nullptr ? now + 1 : nullptr;
@@ -70,7 +72,7 @@ void* Resize(cmsContext context, void* data, cmsUInt32Number size) {
 }  // namespace
 
 cmsContext CreateContext() {
-  std::unique_ptr<PieceHead> ring(new (std::nothrow) PieceHead());
+  std::unique_ptr<PieceHead> ring(NotedIfNull(new (std::nothrow) PieceHead()));
   if (!ring) return nullptr;
   cmsPluginMemHandler memory = {};
   memory.base = {cmsPluginMagicNumber, 2060, cmsPluginMemHandlerSig, nullptr};
