@@ -115,7 +115,8 @@ def try_all(bench, sample, texts, jobs):
 
 
 def share(noticed, missed):
-    return noticed / (noticed + missed) if noticed + missed else 1.0
+    """Of no changes that count, none was noticed."""
+    return noticed / (noticed + missed) if noticed + missed else 0.0
 
 
 def print_counts(name, counts):

@@ -5,6 +5,7 @@ import os
 import shlex
 import shutil
 import subprocess
+import threading
 from pathlib import Path
 
 # Read once, not with each mutant; most of the time would go into them.
@@ -32,6 +33,7 @@ class Tree:
 
     def __init__(self, root, work):
         self.root, self.work = root, work
+        self.precompiling = threading.Lock()
         self.source, self.build = work / 'tree', work / 'build'
         self.copy()
         self.configure()
@@ -113,11 +115,16 @@ class Tree:
         header = self.work / f"headers{'_'.join(['', *options]).replace('-', '')}.h"
         text = ''.join(f'#include <{name}>\n' for name in HEADERS)
         compiled = header.with_name(header.name + '.gch')
-        if not compiled.exists() or header.read_text() != text:
-            header.write_text(text)
-            name = next(n for n, (target, _) in self.commands.items() if 'vkcl_objects' in target)
-            output_of(self.options_of(name) + [*options, '-w', '-x', 'c++-header', str(header),
-                                               '-o', str(compiled)], cwd=self.build)
+        with self.precompiling:  # half of it is none, and the compiler does not notice
+            if not compiled.exists() or header.read_text() != text:
+                compiled.unlink(missing_ok=True)
+                header.write_text(text)
+                name = next(n for n, (target, _) in self.commands.items()
+                            if 'vkcl_objects' in target)
+                new = compiled.with_name(compiled.name + '.new')
+                output_of(self.options_of(name) + [*options, '-w', '-x', 'c++-header', str(header),
+                                                   '-o', str(new)], cwd=self.build)
+                new.rename(compiled)
         return ['-include', str(header)]
 
     def options_of(self, name):

@@ -70,6 +70,7 @@ class Bench:
         self.recent = {}  # by source: the tests that noticed last
         self.outcomes = set()  # hashes of the objects that were tested
         self.base = {}  # hashes of objects without a change
+        self.sound = set()  # sources that compile without a change
         self.measure()
 
     def measure(self):
@@ -163,6 +164,15 @@ class Bench:
                 return True
         return False
 
+    def demand_sound(self, place, path, source, names):
+        """A change is to blame only when what is not changed compiles."""
+        for name in names:
+            if (path, name) in self.sound:
+                continue
+            if self.compile(place, path, source, [name]) is None:
+                raise Failure(f'{name} does not compile, although nothing is changed in it')
+            self.sound.add((path, name))
+
     def try_one(self, place, mutant, source):
         """What becomes of a mutant, and the test that noticed it."""
         text = source[:mutant.start] + mutant.text + source[mutant.end:]
@@ -170,6 +180,7 @@ class Bench:
         for names in self.stages_of(mutant.path):
             made = self.compile(place, mutant.path, text, names)
             if made is None:
+                self.demand_sound(place, mutant.path, source, names)
                 return 'broken', ''
             if not self.is_changed(place, mutant.path, source, made):
                 continue
