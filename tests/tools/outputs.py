@@ -120,6 +120,19 @@ def sidecars_lie_beside_the_folder_that_the_system_means(tool, folder):
     assert not (folder / "a" / "VSDProfile").exists()
 
 
+def files_that_look_like_one_are_merged(tool, folder):
+    (folder / "m" / "deep").mkdir(parents=True)
+    (folder / "n").mkdir()
+    (folder / "n" / "link").symlink_to(pathlib.Path("..") / "m" / "deep")
+    shutil.copyfile(folder / "p.icc", folder / "n" / "x.icc")
+    tool.does("set", "n/x.icc", "ColorParam.Make=Acme", "SingleInkLimit.limits[0]=50")
+    for how in ([], ["--in-place"]):
+        tool.does("strip", "p.icc", "m/x.icc", "--force")
+        tool.does("merge", "n/x.icc", "n/link/../x.icc", *how)  # m/x.icc
+        private = [(folder / place / "x.icc").read_bytes().count(b"QX") for place in ("m", "n")]
+        assert private[0] == private[1] != 0, private
+
+
 def main():
     with tempfile.TemporaryDirectory(prefix="vkcl-outputs-") as name:
         folder = pathlib.Path(name)
@@ -131,6 +144,7 @@ def main():
         old_files_stay_or_are_replaced(tool, folder)
         nothing_replaces_the_standard_input(tool, folder)
         sidecars_lie_beside_the_folder_that_the_system_means(tool, folder)
+        files_that_look_like_one_are_merged(tool, folder)
         assert not [path for path in folder.iterdir() if path.name.startswith(".")]
     print("nothing was lost")
 

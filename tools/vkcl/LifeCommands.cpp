@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "Describe.h"
@@ -130,6 +132,14 @@ int StatusOf(const VKCLProfileHandler& handler) {
   return handler.GetVKColorParam(param) != 0 ? param.status : 0;
 }
 
+// The path without links and ".."; the path as it is when the system does not tell. The store takes
+// two files for one when their paths look alike, as "link/../x" and "x" do.
+std::string RealPath(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  return error ? path : real.string();
+}
+
 }  // namespace
 
 std::string EmbeddedKinds() {
@@ -151,11 +161,12 @@ Result Merge(const std::string& source, const std::string& target, const ChangeO
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(source), why));
   why = WhyInvalid(target, 0);
   if (!why.empty()) return Refused(fmt::format("{}: {}", Printable(target), why));
-  OpenedHandler from(source, 0);
+  OpenedHandler from(RealPath(source), 0);
+  const std::string place = RealPath(target);
   if (from.IsVKCLProfile() == 0) {
     return Refused(fmt::format("{}: it is none of the system's own profiles", Printable(source)));
   }
-  if (AFilePath(source).isSameFile(AFilePath(target))) {
+  if (from.GetProfilePtr()->filePath.isSameFile(AFilePath(place))) {
     return Done("both are one file; there is nothing to do");
   }
   if (OpenedHandler(target, 0).IsVKCLProfile() != 0) {
@@ -163,7 +174,7 @@ Result Merge(const std::string& source, const std::string& target, const ChangeO
         fmt::format("{}: it is one of the system's own profiles already", Printable(target)));
   }
   const auto suits = [](const VKCLProfile& profile) { return TagDataSuitAppending(profile); };
-  return ChangeProfile(target, 0, suits, how, [&](VKCLProfileHandler& to) {
+  return ChangeProfile(place, 0, suits, how, [&](VKCLProfileHandler& to) {
     const std::uint32_t before = to.GetProfilePtr()->tagCount;
     if (from.GetProfilePtr()->MergeVKPrivateTagIntoStandICC(*to.GetProfilePtr()) == 0) {
       return Refused(fmt::format("{}: {}", Printable(target), kCannotWrite));
