@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Kills the tool in the middle of edits: the profile must be the old one or the new one, whole.
+"""Kills the tool in the middle of edits: the profile must be the old one or the new one, whole; of
+a copy, there must be none or the whole one.
 
-usage: kill_edits.py TOOL REAL_PROFILE_FOLDER [--kills N] [--seed S] [--verb VERB]
-       kill_edits.py TOOL REAL_PROFILE_FOLDER --calls [--verb VERB]
+usage: kill_edits.py TOOL REAL_PROFILE_FOLDER [--kills N] [--seed S] [--verb VERB ...]
+       kill_edits.py TOOL REAL_PROFILE_FOLDER --calls [--verb VERB ...]
 
 Each verb is tried on a profile in table order and on one whose tags share blocks. Without --calls
 it is killed N times: in turn at a random moment of its run, and at a random moment from the one on
@@ -28,7 +29,8 @@ import time
 PROFILES = {"ordered": "ghostscript/esrgb.icc", "shared": "ghostscript/default_cmyk.icc"}
 LINK = "ghostscript/srgb.icc"
 OWN = ["ColorParam.Make=Acme", "SingleInkLimit.limits=100,95,90,85", "MultiInkLimit.limits[4]=180"]
-VERBS = ["set", "embed", "merge", "unlock", "lock"]
+VERBS = ["set", "embed", "merge", "unlock", "lock", "compact", "strip"]
+COPIES = ["compact", "strip"]
 SKIPPED = 77
 # So many more kills may be aimed at the new file of an edit until one has left it behind.
 MORE_KILLS = 500
@@ -39,12 +41,12 @@ def run(*words):
 
 
 class LittleCms:
-    """Whether Little CMS opens a profile and reads every tag of it."""
+    """Whether Little CMS opens a profile and reads every tag of it, where there is one."""
 
     def __init__(self):
         self.lib = ctypes.CDLL(ctypes.util.find_library("lcms2"))
         self.lib.cmsOpenProfileFromMem.restype = ctypes.c_void_p
-        self.seen = {}
+        self.seen = {None: True}
 
     def reads(self, content):
         if content not in self.seen:
@@ -78,20 +80,36 @@ class Edit:
             run(tool, "set", str(self.path), *OWN)
         if verb == "lock":
             run(tool, "unlock", str(self.path))
-        if verb == "merge":
+        if verb in ("merge", "strip"):
             run(tool, "set", str(other), *OWN)
+        if verb == "compact":
+            shutil.copyfile(real / PROFILES[layout], other)
+        if verb in COPIES:
+            self.path.unlink()
         path = str(self.path)
         self.command = {"set": [tool, "set", path, *OWN, "Wizard.value=1"],
                         "embed": [tool, "embed", path, "profile1", str(other)],
                         "merge": [tool, "merge", str(other), path],
                         "unlock": [tool, "unlock", path],
-                        "lock": [tool, "lock", path]}[verb]
-        self.old = self.path.read_bytes()
+                        "lock": [tool, "lock", path],
+                        "compact": [tool, "compact", str(other), path],
+                        "strip": [tool, "strip", str(other), path]}[verb]
+        self.old = self.content()
         self.new = None
         self.counts = collections.Counter()
 
+    def content(self):
+        return self.path.read_bytes() if self.path.exists() else None
+
     def restore(self):
-        self.path.write_bytes(self.old)
+        if self.old is None:
+            self.path.unlink(missing_ok=True)
+        else:
+            self.path.write_bytes(self.old)
+
+    def first_file(self):
+        """The file that the tool opens first."""
+        return next(word for word in self.command if word.endswith(".icc"))
 
     def leftovers(self):
         return [path for path in self.folder.iterdir() if path != self.path]
@@ -104,23 +122,23 @@ class Edit:
         assert process.wait() == 0, self.name
         took = time.perf_counter() - start
         assert not self.leftovers(), (self.name, self.leftovers())
-        return self.path.read_bytes(), took
+        return self.content(), took
 
     def judge(self, little_cms):
         """Looks at what a killed edit has left, and edits again."""
-        content = self.path.read_bytes()
+        content = self.content()
         kind = "old" if content == self.old else "new" if content == self.new else "other"
         if not little_cms.reads(content):
             kind = "other"
         self.counts[kind] += 1
         if kind == "other":
-            print(f"{self.name}: {len(content)} bytes that are neither the old nor the new profile")
+            print(f"{self.name}: {len(content or b'')} bytes that are neither the old nor the new profile")
         if self.leftovers():
             self.counts["leftovers"] += 1
             if self.undisturbed()[0] != self.new:
                 self.counts["other"] += 1
                 print(f"{self.name}: the next edit gives something else")
-        if self.path.read_bytes() != self.old:
+        if self.content() != self.old:
             self.restore()
 
 
@@ -145,7 +163,7 @@ class Run:
 
     def wait_for_new_file(self):
         """Waits until there is a file beside the profile, or until the run has ended."""
-        while self.process.poll() is None and len(os.listdir(self.edit.folder)) < 2:
+        while self.process.poll() is None and not self.edit.leftovers():
             pass
         return time.perf_counter()
 
@@ -163,7 +181,7 @@ def with_new_file(edit):
     edit.restore()
     run_of_edit = Run(edit)
     appeared = run_of_edit.wait_for_new_file()
-    while run_of_edit.process.poll() is None and len(os.listdir(edit.folder)) > 1:
+    while run_of_edit.process.poll() is None and edit.leftovers():
         pass
     gone = time.perf_counter()
     assert run_of_edit.process.wait() == 0, edit.name
@@ -209,7 +227,7 @@ def calls_of(edit, log):
     for line in lines:
         name = line.split("(")[0]
         count[name] += 1
-        if name != "execve" and (calls or str(edit.path) in line):
+        if name != "execve" and (calls or edit.first_file() in line):
             calls.append((name, count[name]))
     return calls
 
@@ -237,13 +255,13 @@ def main():
     parser.add_argument("real", type=pathlib.Path)
     parser.add_argument("--kills", type=int, default=150)
     parser.add_argument("--seed", type=int, default=20011204)
-    parser.add_argument("--verb", choices=VERBS)
+    parser.add_argument("--verb", choices=VERBS, action="append")
     parser.add_argument("--calls", action="store_true")
     given = parser.parse_args()
     if given.calls and not may_trace():
         print("SKIPPED: strace is not installed, or may not trace here")
         return SKIPPED
-    verbs = [given.verb] if given.verb else VERBS
+    verbs = given.verb or VERBS
     little_cms = LittleCms()
     with tempfile.TemporaryDirectory(prefix="vkcl-kill-") as name:
         edits = [Edit(given.tool, given.real, pathlib.Path(name), verb, layout)

@@ -14,6 +14,8 @@
 #include "Text.h"
 #include "WhyInvalid.h"
 #include "inspect/ProfileCheck.h"
+#include "platform/plinth/AFile.h"
+#include "platform/plinth/ReplaceFile.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl::tool {
@@ -104,7 +106,8 @@ Result Compact(const std::string& input, const std::string& output) {
   const AFilePath to(output);
   if (to.exists()) return Refused(fmt::format("{} exists", Printable(output)));
   const OpenedProfile profile(input, kAnyChannels);
-  if (!ArrangeTagData(profile, to)) {
+  // Whoever kills the tool leaves no part of a copy under that name.
+  if (!ReplaceFile(to, [&](AFile& file) { return WriteArranged(profile, file); })) {
     if (!WhyNotWritable(output).empty()) return NotWritten(output);
     return Refused(
         fmt::format("{} could not be written: a tag reaches beyond the end of the file, "
