@@ -232,7 +232,7 @@ int VKPrivateTag::InitFromVSDProfile(const AFilePath& path) {
     if (!file.bytes) return 0;
     VKVSDProfileParam head;
     const AString name = path.getFileName();
-    std::memcpy(head.fileName, name.c_str(), std::min(name.length() + 1, sizeof head.fileName));
+    std::memcpy(head.fileName, name.c_str(), std::min(name.length(), sizeof head.fileName));
     std::memcpy(file.bytes.get(), &head, sizeof head);
     return FillFromFile(*this, QX71, file);
   });

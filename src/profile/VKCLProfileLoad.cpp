@@ -98,7 +98,7 @@ void VKCLProfile::Load(AFile& file) {
   const auto size = static_cast<std::size_t>(tableBytes);
   const std::size_t known = std::min(size, got - kTableStart);
   auto* table = reinterpret_cast<std::uint8_t*>(tagTable);
-  if (known > 0) std::memcpy(table, start.data() + kTableStart, known);
+  std::memcpy(table, start.data() + kTableStart, known);
   bool whole = true;
   if (known < size) {
     whole = got == kFirstRead && file.seek(kFirstRead) &&

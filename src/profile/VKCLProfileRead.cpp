@@ -48,8 +48,7 @@ bool VKCLProfile::FileHolds(const icTag& tag) const {
   if (end <= fileLength_) return true;
   AFile file;
   if (!file.open(filePath, AFile::Read)) return false;
-  const std::int64_t length = file.length();
-  return length >= 0 && end <= static_cast<std::uint64_t>(length);
+  return static_cast<std::int64_t>(end) <= file.length();
 }
 
 bool VKCLProfile::ReadTyped(const icTag& tag, const TypedRead& what) const {

@@ -80,6 +80,16 @@ TEST(FileRewrite, RefusesWhatTheFileDoesNotHold) {
   EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Move(2, 2, 2)}, FileEnd::Keep), "refused");
 }
 
+TEST(FileRewrite, ReachesAsFarAsTheSizeFieldCanTell) {
+  const TempDir dir;
+  const std::string path = dir.Write("f", BytesOf("abc"));
+  std::uint64_t length = 0;
+  ASSERT_TRUE(RewriteFile(path, {Text(0xFFFFFFFEu, "x")}, FileEnd::Keep, FileOrigin::Existing,
+                          length));  // a hole, which takes no room
+  EXPECT_EQ(length, 0xFFFFFFFFu);
+  EXPECT_EQ(std::filesystem::file_size(path), 0xFFFFFFFFu);
+}
+
 TEST(FileRewrite, RefusesAFileLongerThanItsSizeFieldCanTell) {
   EXPECT_EQ(Rewritten("abc", {Text(0xFFFFFFFFu, "x")}, FileEnd::Keep), "refused");
   EXPECT_EQ(Rewritten("abc", {Text(UINT64_MAX - 1, "x")}, FileEnd::Keep), "refused");
@@ -99,6 +109,22 @@ TEST(FileRewrite, ReadsAndWritesEachByteOnce) {
   EXPECT_EQ(log.Bytes(CallKind::Write), 12u);
   EXPECT_EQ(log.calls()[4].offset, 16u);  // the growth first
   EXPECT_EQ(ReadFile(path), BytesOf("hhhhabcdefghnew TAIL"));
+}
+
+// In whatever order the pieces are given, and however they lie over one another.
+TEST(FileRewrite, WritesNeighboursTogetherAndNothingTwice) {
+  const TempDir dir;
+  std::uint64_t length = 0;
+  for (const auto& pieces :
+       {std::vector{Text(4, "body"), Text(8, "tail"), Text(0, "head")},
+        std::vector{Text(0, "HEADBODY"), Text(8, "tail"), Text(4, "body"), Text(0, "head")}}) {
+    const std::string path = dir.Write("f", BytesOf("...............x"));
+    const CallLog log;
+    ASSERT_TRUE(RewriteFile(path, pieces, FileEnd::Cut, FileOrigin::Existing, length));
+    EXPECT_EQ(log.Count(CallKind::Write), 1u);
+    EXPECT_EQ(log.Bytes(CallKind::Write), 12u);
+    EXPECT_EQ(ReadFile(path), BytesOf("headbodytail"));
+  }
 }
 
 TEST(FileRewrite, CreatesAMissingFileOnlyWhenTold) {

@@ -696,6 +696,18 @@ TEST(SiblingFile, IsMadeAnewAsOftenAsOthersClearItUp) {
   EXPECT_EQ(NamesIn(dir.path()).size(), 2u);
 }
 
+TEST(SiblingFile, IsGivenUpWhenOthersAlwaysClearItUp) {
+  const FoldersInMemory memory;
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  int removed = 0;
+  const ActionAtLocks at([&] { removed += SiblingFile::RemoveLeftovers(place); });
+  const SiblingFile sibling{place};
+  EXPECT_FALSE(sibling.exists());
+  EXPECT_EQ(removed, 100);
+  EXPECT_EQ(NamesIn(dir.path()), Names{"f"});
+}
+
 TEST(SiblingFile, IsNotLostToOthersThatClearUp) {
   const FoldersInMemory memory;
   const TempDir dir;

@@ -1,5 +1,6 @@
 #include "privatetags/InkLimitRecords.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <initializer_list>
@@ -98,6 +99,14 @@ TEST(VKMultiInklimit, VersionOneBecomesVersionTwoLimitByLimit) {
                                          2.0,   // 15 x 15 / 100 = 2.25, of the eighth limit
                                          9.0,   // 30 x 30 / 100
                                      }));
+}
+
+TEST(VKMultiInklimit, ConversionGivesNoNegativeZero) {
+  for (const double limit : {-1.4, -0.9, -0.6}) {
+    EXPECT_EQ(Converted(1, limit, 1), 0.0) << limit;
+    EXPECT_FALSE(std::signbit(Converted(1, limit, 1))) << limit;
+  }
+  EXPECT_EQ(Converted(1, -1.6, 1), -1.0);
 }
 
 TEST(VKMultiInklimit, ConversionLeavesTheOtherLimitsCountAndSize) {

@@ -282,6 +282,23 @@ TEST(PayloadBuilders, SplitWithoutRecordsIsRefused) {
   EXPECT_EQ(tag.size, 0u);
 }
 
+TEST(PayloadBuilders, SplitOfAnUnknownVersionIsRefusedAlsoWhenItStatesItsHeadAlone) {
+  SplitTypeV2 record;
+  SplitParam split;
+  ASSERT_EQ(split.InitSplitParam(2, 1, &record), 1);
+  split.size = 20;
+  VKPrivateTag known;
+  EXPECT_EQ(known.InitFromSplitParam(split), 1);
+  EXPECT_EQ(known.size, 20u);
+  for (const int version : {1, 5, -2}) {
+    split.version = version;
+    VKPrivateTag tag;
+    EXPECT_EQ(tag.InitFromSplitParam(split), 0) << version;
+    EXPECT_EQ(tag.size, 0u);
+  }
+  split.version = 2;
+}
+
 TEST(PayloadBuilders, SplitThatStatesMoreThanItHoldsOrLessThanNothingIsRefused) {
   SplitTypeV2 record;
   SplitParam split;
@@ -666,6 +683,18 @@ TEST(PayloadBuilders, SpotInkLimitsOfACountOfZeroAreTheHeadAndOfMoreNeedLimits) 
   VKPrivateTag tag;
   EXPECT_EQ(tag.InitFromVKSpotSIL(spot), 0);
   EXPECT_EQ(tag.size, 0u);
+}
+
+TEST(PayloadBuilders, SpotInkLimitsAreStoredAsFarAsTheyState) {
+  VKSpotSingleInkLimit spot;
+  double values[] = {0.5};
+  spot.SetData(1, "Red", values);
+  spot.size = 13;
+  EXPECT_EQ(Built(QX68, [&](VKPrivateTag& tag) { return tag.InitFromVKSpotSIL(spot); }),
+            HexBytes("01000000 0D000000 01000000 52"));
+  spot.size = 0;
+  EXPECT_EQ(Built(QX68, [&](VKPrivateTag& tag) { return tag.InitFromVKSpotSIL(spot); }),
+            vkcl::testing::Bytes());
 }
 
 TEST(PayloadBuilders, SpotInkLimitsThatStateMoreThanTheyHoldOrLessThanNothingAreRefused) {

@@ -6,6 +6,7 @@
 #include "handler/VKCLProfileHandler.h"
 #include "platform/plinth/AFile.h"
 #include "profile/TagLayout.h"
+#include "support/ImageBuilder.h"
 #include "support/SystemCalls.h"
 #include "support/TagFile.h"
 
@@ -64,6 +65,39 @@ TEST(StoreEdges, AProfileThatHasComeSinceIsNotOverwritten) {
   EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
   EXPECT_EQ(ReadFile(path), come);
   EXPECT_EQ(early.isValidICC(), 0);
+}
+
+TEST(StoreEdges, WhatCannotBeReadMayBeAProfileAndIsNotOverwritten) {
+  const TempDir dir;
+  const std::string path = dir.File("p.icc");
+  VKCLProfile early(AFilePath(path), 4);
+  ASSERT_EQ(early.isValidICC(), 0);
+  const Bytes come = ThreeTags();
+  dir.Write("p.icc", come);
+  bool reached = true;
+  std::size_t calls = 0;
+  for (; reached; ++calls) {
+    ASSERT_LT(calls, 20u);
+    const FaultAt at(calls, Fault::Error);
+    EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
+    reached = FaultAt::Reached();
+    EXPECT_EQ(ReadFile(path), come) << calls;
+  }
+  EXPECT_GT(calls, 3u);  // it was opened, asked for its length, and read
+}
+
+TEST(StoreEdges, ATagIsAppendedBehindAnEmptyOneAtTheEnd) {
+  const TempDir dir;
+  const std::string path =
+      dir.Write("p.icc", vkcl::testing::RawImage(vkcl::testing::ProfileHeader(),
+                                                 {{vkcl::testing::Sig("aaaa"), 144, 0}}, {}));
+  VKCLProfile profile(AFilePath(path), 4);
+  ASSERT_EQ(profile.WriteVKPrivateTag(QX74, "abcd", 4), 1);
+  const Bytes after = ReadFile(path);
+  EXPECT_EQ(Slice(after, 128, 28),
+            (Bytes{0, 0, 0,   2,   'a', 'a', 'a', 'a', 0, 0,   0, 156, 0, 0,
+                   0, 0, 'Q', 'X', '7', '4', 0,   0,   0, 156, 0, 0,   0, 16}));
+  EXPECT_EQ(after.size(), 172u);
 }
 
 TEST(StoreEdges, AProfileWithoutTagsThatHasComeSinceIsNotOverwritten) {

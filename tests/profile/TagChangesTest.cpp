@@ -275,6 +275,19 @@ TEST(TagChanges, KeepSharedDataSharedUnlessTheyAreChanged) {
                          Join({Pattern(8, 5), {7, 0, 0, 0}}))));
 }
 
+TEST(TagChanges, KeepASharedByteShared) {
+  const Bytes image =
+      RawImage(ProfileHeader(), {{Sig("aaaa"), 156, 1}, {Sig("bbbb"), 156, 1}}, {9, 0, 0, 0});
+  EXPECT_TRUE(SameBytes(Changed(image, {}), image));
+}
+
+TEST(TagChanges, StoreATagThatIsMuchLongerThanTheProfile) {
+  const Bytes image = Image({{Sig("cprt"), TextTag("x")}});
+  const Bytes element = DataTag(Pattern(100 * image.size(), 3));
+  EXPECT_TRUE(SameBytes(Changed(image, {Stored(Sig("QX60"), element)}),
+                        Image({{Sig("cprt"), TextTag("x")}, {Sig("QX60"), element}})));
+}
+
 TEST(TagChanges, TakeThePlaceOfDamagedTagsOnly) {
   Bytes image = Image(SomeTags());
   SetBig32(image, 132 + 12 + 8, 0xFFFFFFF0);  // the first QX53
@@ -320,6 +333,10 @@ TEST(TagChanges, TheColourSpaceFollowsOtherColourParameters) {
   EXPECT_EQ(space(ColorParam(1)), "CMYK");
   EXPECT_EQ(space(ColorParam(17)), "CMYK");
   EXPECT_EQ(space(ColorParam(-1)), "CMYK");
+  // Parameters that end with the colour mode have one; a byte less, and they have none.
+  const Bytes parameters = ColorParam(16);
+  EXPECT_EQ(space(Slice(parameters, 0, 12 + 412 + 4)), "CMY ");
+  EXPECT_EQ(space(Slice(parameters, 0, 12 + 412 + 3)), "CMYK");
   EXPECT_EQ(space(DataTag({})), "CMYK");
   EXPECT_EQ(space({}), "CMYK");
   // Everything else of the header stays.

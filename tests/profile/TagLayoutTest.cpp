@@ -79,6 +79,20 @@ TEST(TagLayout, AnotherOrderForbidsRebuilding) {
       Suits(Profile({{"aaaa", 168, 20}, {"cccc", 204, 32}, {"QX51", 188, 16}}, 236), QX51, 5));
 }
 
+TEST(TagLayout, AGapBehindTheTagForbidsRebuilding) {
+  const std::vector<Tag> tags = {{"QX51", 168, 20}, {"aaaa", 192, 16}, {"bbbb", 208, 16}};
+  EXPECT_TRUE(Suits(Profile(tags, 224), QX51, 8));  // in place
+  EXPECT_FALSE(Suits(Profile(tags, 224), QX51, 9));
+  const std::vector<Tag> later = {{"QX51", 168, 20}, {"aaaa", 188, 16}, {"bbbb", 208, 16}};
+  EXPECT_FALSE(Suits(Profile(later, 224), QX51, 9));
+}
+
+TEST(TagLayout, ATagIsNoLongerThanItsSizeFieldCanTell) {
+  const Bytes bytes = Profile(kOrdered, 236);
+  EXPECT_TRUE(Suits(bytes, QX60, 0xFFFFFFF3));  // 12 bytes of head come before it
+  EXPECT_FALSE(Suits(bytes, QX60, 0xFFFFFFF4));
+}
+
 TEST(TagLayout, ASharedBlockForbidsReplacing) {
   const Bytes bytes = Profile({{"QX50", 156, 20}, {"QX51", 156, 20}}, 176);
   EXPECT_TRUE(Suits(bytes, QX60, 4));
