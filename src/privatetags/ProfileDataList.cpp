@@ -25,7 +25,7 @@ template <class Type>
 Type* CopyArray(const Type* source, std::size_t count) {
   if (source == nullptr) return nullptr;
   Type* copy = NewArray<Type>(count);
-  if (copy != nullptr && count > 0) std::memcpy(copy, source, count * sizeof(Type));
+  if (copy != nullptr) std::memcpy(copy, source, count * sizeof(Type));
   return copy;
 }
 

@@ -108,6 +108,31 @@ TEST(ProfileDataList, RefreshToMoreThanMemoryHoldsFailsAndChangesNothing) {
   EXPECT_EQ(list.PerSample[2], 7);
 }
 
+TEST(ProfileDataList, RefreshToMoreThanTheDataSizeTellsFailsAndChangesNothing) {
+  ProfileDataList list;
+  list.NumOfColors = 8192;
+  EXPECT_EQ(list.RefreshList(65536), 0);  // 2^32 bytes
+  EXPECT_EQ(list.DataList, nullptr);
+  EXPECT_EQ(list.NumOfSamples, 0);
+}
+
+TEST(ProfileDataList, NegativeCountersMeanNoValues) {
+  for (const bool ofSamples : {true, false}) {
+    ProfileDataList first;
+    ProfileDataList second;
+    Fill(first);
+    Fill(second);
+    second.DataList[0] = 99.0;
+    for (ProfileDataList* list : {&first, &second}) {
+      (ofSamples ? list->NumOfSamples : list->NumOfColors) = -1;
+    }
+    EXPECT_TRUE(first == second);
+    const ProfileDataList copy(first);
+    EXPECT_EQ(copy.NumOfSamples, ofSamples ? -1 : 3);
+    EXPECT_TRUE(copy == first);
+  }
+}
+
 TEST(ProfileDataList, DataSizeCountsOnlyAListWithValues) {
   ProfileDataList list;
   list.NumOfSamples = 3;
