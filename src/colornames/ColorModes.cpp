@@ -205,7 +205,6 @@ int GetColorModeFromNames(const char** names, int count) {
 }
 
 void GetStandardColorNamesByColorMode(int mode, AStringArray& names) {
-  names.removeAll();
   AStringArray all = vkcl::Guarded([&] {
     AStringArray found;
     if (const InkSet* set = vkcl::FindInkSet(mode)) AppendSet(*set, found);
