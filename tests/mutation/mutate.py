@@ -58,13 +58,6 @@ def work_of(tree, what):
     return [(what, [what], areas.tests_of(what))]
 
 
-def area_sources(tree, name, sources):
-    """What is compiled anew for a change of a header: the area's sources, or all of them."""
-    if name in areas.AREAS:
-        return sources
-    return sources_in(tree, ['src/**/*.cpp'])
-
-
 def sample_of(texts, count, seed, again):
     found = [m for path, text in texts.items() for m in mutants(path, text)]
     if again is not None:
@@ -184,7 +177,7 @@ def main():
         memory = SHORT_LIVED if os.path.isdir(SHORT_LIVED) else None
         with tempfile.TemporaryDirectory(prefix='vkcl-mutate-', dir=memory) as run:
             os.chmod(run, 0o755)  # some tests go on as another user
-            bench = Bench(tree, area_sources(tree, name, sources), tests, Path(run))
+            bench = Bench(tree, tests, Path(run))
             outcomes = try_all(bench, sample, texts, options.jobs)
         shares[name], missed = report(name, sample, outcomes, known)
         survived += [m.key for m in missed]
