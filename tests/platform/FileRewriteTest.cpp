@@ -69,6 +69,11 @@ TEST(FileRewrite, MovesOverlapInBothDirections) {
   EXPECT_EQ(Rewritten("abcdef", {Move(1, 5, 0)}, FileEnd::Cut), "bcdef");
 }
 
+TEST(FileRewrite, PiecesWithoutBytesAreNotThere) {
+  EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Text(9, "")}, FileEnd::Keep), "xbc");
+  EXPECT_EQ(Rewritten("abc", {Text(0, "x"), Text(9, "")}, FileEnd::Cut), "x");
+}
+
 TEST(FileRewrite, FillsAGapWithZeros) {
   EXPECT_EQ(Rewritten("ab", {Text(4, "x")}, FileEnd::Keep), std::string("ab\0\0x", 5));
 }

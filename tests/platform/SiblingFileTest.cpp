@@ -290,6 +290,48 @@ TEST(SiblingFile, OneAtATimeHoldsThePlace) {
   EXPECT_FALSE(third.holdPlace(std::chrono::milliseconds(0)));
 }
 
+// Of a file that cannot be opened for writing: some systems refuse that of a program that runs.
+TEST(SiblingFile, APlaceThatIsOnlyReadIsHeldToo) {
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  SiblingFile first{place};
+  SiblingFile second{place};
+  {
+    const FaultAt at(0, Fault::Error);
+    EXPECT_TRUE(first.holdPlace(std::chrono::milliseconds(0)));
+    EXPECT_TRUE(FaultAt::Reached());
+  }
+  EXPECT_FALSE(second.holdPlace(std::chrono::milliseconds(0)));
+}
+
+TEST(SiblingFile, WithItsPlaceItHoldsNothingAnyMore) {
+  const TempDir dir;
+  const int open = OpenHandles();
+  SiblingFile sibling{AFilePath(dir.Write("f", kOld))};
+  ASSERT_TRUE(sibling.holdPlace());
+  ASSERT_TRUE(Fill(sibling));
+  EXPECT_GT(OpenHandles(), open);
+  ASSERT_TRUE(sibling.takePlace());
+  EXPECT_EQ(OpenHandles(), open);
+}
+
+TEST(SiblingFile, IsThereOrItSaysThatItIsNot) {
+  const TempDir dir;
+  const AFilePath place(dir.Write("f", kOld));
+  bool reached = true;
+  std::size_t refused = 0;
+  for (std::size_t k = 0; reached; ++k) {
+    ASSERT_LT(k, 50u);
+    const FaultAt at(k, Fault::Error);
+    const SiblingFile sibling{place};
+    reached = FaultAt::Reached();
+    EXPECT_EQ(sibling.exists(), UnfinishedIn(dir.path()).size() == 1) << k;
+    refused += sibling.exists() ? 0u : 1u;
+  }
+  EXPECT_GT(refused, 2u);
+  EXPECT_EQ(NamesIn(dir.path()), Names{"f"});
+}
+
 TEST(SiblingFile, ThePlaceIsFreeWhenTheNewFileIsGone) {
   const TempDir dir;
   const AFilePath place(dir.Write("f", kOld));

@@ -97,6 +97,7 @@ TEST(TagLayout, ASharedBlockForbidsReplacing) {
   const Bytes bytes = Profile({{"QX50", 156, 20}, {"QX51", 156, 20}}, 176);
   EXPECT_TRUE(Suits(bytes, QX60, 4));
   EXPECT_FALSE(Suits(bytes, QX50, 8));
+  EXPECT_FALSE(Suits(bytes, QX51, 8));
   EXPECT_FALSE(Suits(bytes, QX51, 30));
 }
 
@@ -150,6 +151,24 @@ TEST(TagLayout, ArrangingKeepsEveryTag) {
   const VKCLProfile arranged(AFilePath(to), 4);
   EXPECT_TRUE(TagDataSuitWriting(arranged, QX51, 999));
   EXPECT_TRUE(TagDataSuitWriting(arranged, QX60, 999));
+}
+
+// One block of 4,000 bytes for all tags: 4,336 bytes of 17 become 68,336, not 16 times as many;
+// 4,348 of 18 would become 72,348.
+TEST(TagLayout, ArrangingGrowsAFileAtMost16Times) {
+  const TempDir dir;
+  for (const std::uint32_t count : {17u, 18u}) {
+    std::vector<Tag> tags;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      tags.push_back({"tag" + std::string(1, static_cast<char>('a' + i)), 132 + 12 * count, 4000});
+    }
+    const std::uint32_t length = 132 + 12 * count + 4000;
+    const VKCLProfile profile(AFilePath(dir.Write("p.icc", Profile(tags, length))), 4);
+    const AFilePath to(dir.File(std::to_string(count)));
+    EXPECT_EQ(ArrangeTagData(profile, to), count == 17);
+    EXPECT_EQ(to.exists(), count == 17);
+  }
+  EXPECT_EQ(std::filesystem::file_size(dir.File("17")), 68336u);
 }
 
 TEST(TagLayout, ArrangingRefusesAndLeavesNothing) {

@@ -522,7 +522,7 @@ TEST_F(VKCLProfileRead, WholeReadsRefuseOtherTypesAndWhatLeavesTheFile) {
                            Entry(1, 144, 0xFFFFFFFF), Entry(1, 148, 24)}) {
     EXPECT_EQ(ProfilePeer::ReadDataType(data, tag, room), 0) << tag.offset << " " << tag.size;
   }
-  for (std::uint32_t size = 0; size < 4; ++size) {  // not even the type is whole
+  for (std::uint32_t size = 0; size < 12; ++size) {  // not even the head is whole
     std::uint32_t empty[16] = {};
     EXPECT_EQ(ProfilePeer::ReadDataType(data, Entry(1, 144, size), empty), 0) << size;
   }

@@ -338,6 +338,15 @@ TEST(VKCLProfileStrip, WritesZerosForATagOutsideTheFile) {
   }
 }
 
+TEST(VKCLProfileStrip, WritesAsManyZerosAsATagSays) {
+  const Tags tags = {{Sig("QX51"), DataTag({1})}, {Sig("aaaa"), Pattern(200000, 1)}};
+  Bytes image = ProfileImage(ProfileHeader(), tags);
+  image.resize(image.size() - 199000);
+  Bytes expected = ProfileImage(ProfileHeader(), WithoutPrivate(tags));
+  std::fill(expected.end() - 199000, expected.end(), static_cast<unsigned char>(0));
+  ExpectStripped(image, expected);
+}
+
 TEST(VKCLProfileStrip, DoesNotNeedTheDataOfPrivateTags) {
   ExpectStripped(
       RawImage(ProfileHeader(), {{Sig("cprt"), 156, 12}, {Sig("QX51"), 0xFFFFFFF0, 0xFFFFFFFF}},
