@@ -164,6 +164,8 @@ TEST(VKAngleScreenParam, IsThreeTextsWhoseBytesAreAllCopied) {
 
 // The dither table.
 
+TEST(DitherTypeBase, StatesNoLengthOfItsOwn) { EXPECT_EQ(DitherTypeBase().size, 0u); }
+
 TEST(DitherTypeV1, StatesItsOwnLengthOf4116Bytes) {
   const auto table = std::make_unique<DitherTypeV1>();
   EXPECT_EQ(sizeof(DitherTypeV1), 4116u);

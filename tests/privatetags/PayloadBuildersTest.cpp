@@ -136,6 +136,18 @@ TEST(PayloadBuilders, DataListWithoutValuesIs24Bytes) {
             HexBytes("2062614C 05000000 10000000 03000000 04000000 00000000"));
 }
 
+TEST(PayloadBuilders, DataListOfAnEmptyArrayHasOne) {
+  for (const bool ofSamples : {true, false}) {
+    ProfileDataList list;
+    list.NumOfColors = ofSamples ? 3 : 0;
+    ASSERT_EQ(list.RefreshList(ofSamples ? 0 : 5), 1);
+    EXPECT_EQ(
+        Built(QX55, [&](VKPrivateTag& tag) { return tag.InitFromProfileDataList(list, QX55); }),
+        ofSamples ? HexBytes("00000000 00000000 00000000 03000000 00000000 01000000")
+                  : HexBytes("00000000 05000000 00000000 00000000 00000000 01000000"));
+  }
+}
+
 TEST(PayloadBuilders, DataListStoresNeitherPerSampleArrayNorTrailingIntegers) {
   ProfileDataList list;
   FillList(list);
