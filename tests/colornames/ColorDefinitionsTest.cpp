@@ -213,6 +213,13 @@ TEST(LoadColorDefinitions, TakesLinesThatEndWithCarriageReturnAndLineFeed) {
             Entries({{"A", 0x10000, 1, 2, 3}, {"C", 0x40000, 7, 8, 9}}));
 }
 
+TEST(LoadColorDefinitions, PassesOverAByteOrderMark) {
+  EXPECT_EQ(LoadText("\xEF\xBB\xBF"
+                     "A 10000 1 2 3\nB 20000 4 5 6\n"),
+            Entries({{"A", 0x10000, 1, 2, 3}, {"B", 0x20000, 4, 5, 6}}));
+  EXPECT_EQ(LoadText("\xEF\xBB\xBF"), kNone);
+}
+
 // A carriage return alone ends no line: what stands behind the five values is not looked at.
 TEST(LoadColorDefinitions, EndsLinesAtLineFeedsAlone) {
   EXPECT_EQ(LoadText("A 10000 1 2 3\rB 20000 4 5 6\rC 40000 7 8 9\n"),
