@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+#include "support/Allocations.h"
+
 namespace vkcl::profiler {
 namespace {
 
@@ -66,7 +68,45 @@ TEST(ContextMemory, OfOneContextIsNotThatOfAnother) {
   EXPECT_EQ(std::count(Bytes(piece), Bytes(piece) + 64, 0), 64);
 }
 
-TEST(ContextMemory, NoContextIsIgnored) { DeleteContext(nullptr); }
+TEST(ContextMemory, CallsAreLeftWhereItIsShort) {
+  const std::int64_t live = testing::LiveAllocations();
+  {
+    const Context context(CreateContext());
+    ASSERT_NE(context, nullptr);
+    int steps = 0;
+    const auto call = [&] {
+      _cmsMalloc(context.get(), 10);
+      ++steps;
+      _cmsMalloc(context.get(), 10);
+      ++steps;
+      return 7;
+    };
+    EXPECT_EQ(Within(context.get(), call), 7);
+    EXPECT_EQ(steps, 2);
+    EXPECT_FALSE(IsShort(context.get()));
+    {
+      const testing::AllocationFailsAt second(1);
+      EXPECT_EQ(Within(context.get(), call), 0);
+    }
+    EXPECT_EQ(steps, 3);
+    EXPECT_TRUE(IsShort(context.get()));
+    EXPECT_EQ(Within(context.get(), call), 0) << "nothing is as it should be any more";
+    EXPECT_EQ(steps, 3);
+  }
+  EXPECT_EQ(testing::LiveAllocations(), live);
+}
+
+TEST(ContextMemory, OutsideOfACallNullSaysThatItIsShort) {
+  const Context context(CreateContext());
+  const testing::AllocationFailsAt first(0);
+  EXPECT_EQ(_cmsMalloc(context.get(), 10), nullptr);
+  EXPECT_FALSE(IsShort(context.get()));
+}
+
+TEST(ContextMemory, NoContextIsIgnored) {
+  DeleteContext(nullptr);
+  EXPECT_EQ(Within(nullptr, [] { return 7; }), 0);
+}
 
 }  // namespace
 }  // namespace vkcl::profiler

@@ -1,6 +1,5 @@
 // The allocations of the test program, counted by thread and made to fail: those by operator new in
-// all its forms, and pugixml's. Little CMS's are left alone: of version 2.14, cmsOpenProfileFromMem
-// itself uses a mutex for which it got no memory, and ends the program.
+// all its forms, which are Little CMS's too, and pugixml's.
 //
 // Under AddressSanitizer the blocks come from malloc, so that leaks and uses after release are seen
 // as ever; a block that is released by another form of delete than it asks for ends the program.

@@ -25,7 +25,8 @@ OpenProfile ProfileSource::Open(const Context& context) {
   if (!context || handler_.stream == nullptr) return nullptr;
   position_ = 0;
   handler_.ContextID = context.get();
-  return OpenProfile(cmsOpenProfileFromIOhandlerTHR(context.get(), &handler_));
+  return OpenProfile(Within(
+      context.get(), [&] { return cmsOpenProfileFromIOhandlerTHR(context.get(), &handler_); }));
 }
 
 ProfileSource& ProfileSource::Of(cmsIOHANDLER* handler) {

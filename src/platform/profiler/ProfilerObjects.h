@@ -90,12 +90,16 @@ struct ContextDeleter {
 using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
 
 struct ProfileCloser {
-  void operator()(cmsHPROFILE profile) const { cmsCloseProfile(profile); }
+  void operator()(cmsHPROFILE profile) const {
+    if (!IsShort(cmsGetProfileContextID(profile))) cmsCloseProfile(profile);
+  }
 };
 using OpenProfile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, ProfileCloser>;
 
 struct TransformDeleter {
-  void operator()(cmsHTRANSFORM transform) const { cmsDeleteTransform(transform); }
+  void operator()(cmsHTRANSFORM transform) const {
+    if (!IsShort(cmsGetTransformContextID(transform))) cmsDeleteTransform(transform);
+  }
 };
 using Transform = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, TransformDeleter>;
 

@@ -25,7 +25,10 @@ bool IsKey(const std::string& key) {
 }
 
 struct DictionaryDeleter {
-  void operator()(void* dictionary) const { cmsDictFree(dictionary); }
+  cmsContext context = nullptr;
+  void operator()(void* dictionary) const {
+    if (!IsShort(context)) cmsDictFree(dictionary);
+  }
 };
 using Dictionary = std::unique_ptr<void, DictionaryDeleter>;
 
@@ -69,7 +72,9 @@ OpenProfile DictionaryOf(const Context& context, const OpenProfile& profile) {
 
 // Its entries, as long as the profile is open; null where there are none.
 cmsHANDLE EntriesIn(const OpenProfile& dictionary) {
-  return dictionary ? cmsReadTag(dictionary.get(), cmsSigMetaTag) : nullptr;
+  if (!dictionary) return nullptr;
+  return Within(cmsGetProfileContextID(dictionary.get()),
+                [&] { return cmsReadTag(dictionary.get(), cmsSigMetaTag); });
 }
 
 std::string NameOf(const cmsDICTentry& entry) {
@@ -104,21 +109,25 @@ std::wstring AsUnits(const wchar_t* text) {
   return units;
 }
 
-bool AddEntry(cmsHANDLE dictionary, const wchar_t* name, const wchar_t* value,
-              const cmsMLU* displayName, const cmsMLU* displayValue) {
+bool AddEntry(const Context& context, const Dictionary& dictionary, const wchar_t* name,
+              const wchar_t* value, const cmsMLU* displayName, const cmsMLU* displayValue) {
+  const std::wstring nameUnits = AsUnits(name);
   const std::wstring valueUnits = AsUnits(value);
-  return cmsDictAddEntry(dictionary, AsUnits(name).c_str(),
-                         value != nullptr ? valueUnits.c_str() : nullptr, displayName,
-                         displayValue) != 0;
+  return Within(context.get(), [&] {
+           return cmsDictAddEntry(dictionary.get(), nameUnits.c_str(),
+                                  value != nullptr ? valueUnits.c_str() : nullptr, displayName,
+                                  displayValue);
+         }) != FALSE;
 }
 
 // The old dictionary's other entries, with the options behind them. Little CMS keeps a dictionary
 // with its last entry first, and writes it that way: it is filled from the end.
 Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options) {
-  Dictionary merged(cmsDictAlloc(context.get()));
+  Dictionary merged(Within(context.get(), [&] { return cmsDictAlloc(context.get()); }),
+                    {context.get()});
   if (!merged) return nullptr;
   for (auto option = options.rbegin(); option != options.rend(); ++option) {
-    if (!AddEntry(merged.get(), Utf8ToWide(option->first).c_str(),
+    if (!AddEntry(context, merged, Utf8ToWide(option->first).c_str(),
                   Utf8ToWide(option->second).c_str(), nullptr, nullptr)) {
       return nullptr;
     }
@@ -130,7 +139,7 @@ Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options)
   }
   for (auto entry = others.rbegin(); entry != others.rend(); ++entry) {
     const cmsDICTentry& kept = **entry;
-    if (!AddEntry(merged.get(), kept.Name, kept.Value, kept.DisplayName, kept.DisplayValue)) {
+    if (!AddEntry(context, merged, kept.Name, kept.Value, kept.DisplayName, kept.DisplayValue)) {
       return nullptr;
     }
   }
@@ -139,10 +148,12 @@ Dictionary Merged(const Context& context, cmsHANDLE old, const Options& options)
 
 // The dictionary as the data of a tag, by way of a profile that holds nothing else.
 Bytes TagData(const Context& context, const Dictionary& dictionary) {
-  const OpenProfile carrier(cmsCreateProfilePlaceholder(context.get()));
+  const OpenProfile carrier(
+      Within(context.get(), [&] { return cmsCreateProfilePlaceholder(context.get()); }));
   if (!carrier || !dictionary) return {};
   cmsSetProfileVersion(carrier.get(), 4.3);
-  if (!cmsWriteTag(carrier.get(), cmsSigMetaTag, dictionary.get())) return {};
+  const auto write = [&] { return cmsWriteTag(carrier.get(), cmsSigMetaTag, dictionary.get()); };
+  if (!Within(context.get(), write)) return {};
   const Bytes bytes = Serialised(carrier);
   const OpenProfile written = OpenBytes(context, bytes.data(), bytes.size());
   if (!written) return {};

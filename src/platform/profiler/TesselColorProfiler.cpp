@@ -21,17 +21,22 @@ Context NewContext() {
 }
 
 OpenProfile OpenBytes(const Context& context, const void* bytes, std::size_t size) {
-  if (!context || size > UINT32_MAX) return nullptr;
-  return OpenProfile(
-      cmsOpenProfileFromMemTHR(context.get(), bytes, static_cast<cmsUInt32Number>(size)));
+  if (size > UINT32_MAX) return nullptr;
+  return OpenProfile(Within(context.get(), [&] {
+    return cmsOpenProfileFromMemTHR(context.get(), bytes, static_cast<cmsUInt32Number>(size));
+  }));
 }
 
 Bytes Serialised(const OpenProfile& profile) {
+  if (!profile) return {};
+  const auto save = [&](void* to, cmsUInt32Number& size) {
+    return Within(cmsGetProfileContextID(profile.get()),
+                  [&] { return cmsSaveProfileToMem(profile.get(), to, &size); }) != FALSE;
+  };
   cmsUInt32Number size = 0;
-  if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size)) return {};
+  if (!save(nullptr, size)) return {};
   Bytes bytes(size);
-  if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size)) return {};
-  return bytes;
+  return save(bytes.data(), size) ? bytes : Bytes();
 }
 
 namespace {
@@ -57,14 +62,17 @@ Bytes BuildLinkBytes(const Profile& source, const Profile& destination, int inte
   const OpenProfile to = OpenBytes(context, destination.bytes.data(), destination.bytes.size());
   if (!from || !to || intent < 0 || intent > 3) return {};
   using D = Depth<LinkType>;
-  const Transform transform(cmsCreateTransformTHR(
-      context.get(), from.get(), cmsFormatterForColorspaceOfProfile(from.get(), D::bytes, FALSE),
-      to.get(), cmsFormatterForColorspaceOfProfile(to.get(), D::bytes, FALSE),
-      static_cast<cmsUInt32Number>(intent), cmsFLAGS_NOCACHE));
+  const Transform transform(Within(context.get(), [&] {
+    return cmsCreateTransformTHR(
+        context.get(), from.get(), cmsFormatterForColorspaceOfProfile(from.get(), D::bytes, FALSE),
+        to.get(), cmsFormatterForColorspaceOfProfile(to.get(), D::bytes, FALSE),
+        static_cast<cmsUInt32Number>(intent), cmsFLAGS_NOCACHE);
+  }));
   if (!transform) return {};
   constexpr double kVersion = 2.1;  // the version of ICC.1 that this library's profiles have
-  return Serialised(OpenProfile(
-      cmsTransform2DeviceLink(transform.get(), kVersion, D::flags | cmsFLAGS_KEEP_SEQUENCE)));
+  return Serialised(OpenProfile(Within(context.get(), [&] {
+    return cmsTransform2DeviceLink(transform.get(), kVersion, D::flags | cmsFLAGS_KEEP_SEQUENCE);
+  })));
 }
 
 template <class LinkType>
