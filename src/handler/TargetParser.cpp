@@ -67,6 +67,8 @@ bool SetColors(ProfileDataList& list, std::int32_t colors) {
     const auto samples = static_cast<std::size_t>(list.NumOfSamples);
     const std::size_t held = samples * static_cast<std::size_t>(std::max(list.NumOfColors, 0));
     const std::size_t values = samples * static_cast<std::size_t>(colors);
+    constexpr std::size_t kMostValues = UINT32_MAX / sizeof(double);  // as of any list
+    if (values > kMostValues) return false;
     std::unique_ptr<double[]> grown(vkcl::NotedIfNull(new (std::nothrow) double[values]()));
     if (!grown) return false;
     std::copy_n(list.DataList, held, grown.get());

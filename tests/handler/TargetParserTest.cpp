@@ -19,6 +19,7 @@
 #include <string_view>
 #include <thread>
 
+#include "platform/Shortage.h"
 #include "support/CommaLocale.h"
 #include "support/ImageBuilder.h"
 
@@ -1559,6 +1560,21 @@ TEST(HostileTarget, ThatAnnouncesFarMoreThanItCanHoldIsRefused) {
   EXPECT_EQ(ParseTarget(text, used.device, used.measured), TargetRule::TooLarge);
   ExpectKept(used.device, Sig("RGB "), 50000, 2, 1.5);
   ExpectKept(used.measured, Sig("Lab "), 3, 4, 100.5);
+}
+
+TEST(HostileTarget, ThatWouldWidenAnOldListBeyondAllBoundsIsNoShortageOfMemory) {
+  std::string fields = "\nRGB";
+  for (int i = 1; i < 600; ++i) fields += " c";
+  const std::string text = Pieces{.fields = fields + " LAB_L\n"}.Text();
+  ProfileDataList device;
+  ProfileDataList measured;
+  device.NumOfColors = 1;
+  ASSERT_EQ(device.RefreshList(1000000), 1);
+  const vkcl::ShortageWatch shortage;
+  EXPECT_EQ(ParseTarget(text, device, measured), TargetRule::TooLarge);  // 4.8 GB
+  EXPECT_FALSE(shortage.Met());
+  EXPECT_EQ(device.NumOfColors, 1);
+  EXPECT_EQ(device.NumOfSamples, 1000000);
 }
 
 }  // namespace
