@@ -73,10 +73,13 @@ void ReadLine(std::string_view line, ColorDefinitions& definitions) {
   definitions.secondDecimal.push_back(secondDecimal);
 }
 
-const AStringArray kStandardNames = {"Gray",   "Black",   "Cyan",      "Magenta", "Yellow",
+const AStringArray* StandardNames() {
+  static const AStringArray names = {"Gray",   "Black",   "Cyan",      "Magenta", "Yellow",
                                      "Red",    "Green",   "Blue",      "LCyan",   "LMagenta",
                                      "Orange", "MCyan",   "MMagenta",  "LBlack",  "White",
                                      "MBlack", "LYellow", "Luminance", "A*",      "B*"};
+  return &names;
+}
 
 }  // namespace
 
@@ -117,4 +120,8 @@ AString GetColorNameByIndex(int index) {
   });
 }
 
-const AStringArray& StandardColorNames() { return kStandardNames; }
+const AStringArray& StandardColorNames() {
+  static const AStringArray none;
+  const AStringArray* names = vkcl::Guarded(StandardNames);
+  return names != nullptr ? *names : none;
+}

@@ -37,5 +37,6 @@ VKCL_API void LoadColorDefinitions(ColorDefinitions& definitions);
 /// the first entry of the definitions file whose flag is the index; empty when there is none.
 VKCL_API AString GetColorNameByIndex(int index);
 
-/// The twenty standard names: the inks, and the lightness and the two chroma channels of Lab.
+/// The twenty standard names: the inks, and the lightness and the two chroma channels of Lab. None
+/// while memory is short for them.
 VKCL_API const AStringArray& StandardColorNames();

@@ -4,15 +4,18 @@
 #include <climits>
 #include <cstdint>
 #include <latch>
+#include <new>
 #include <ostream>
 #include <thread>
 #include <vector>
 
 #include "colornames/ColorModes.h"
+#include "support/Allocations.h"
 #include "support/Installation.h"
 
 namespace {
 
+using vkcl::testing::AllocationFailsAt;
 using vkcl::testing::CallKind;
 using vkcl::testing::CallLog;
 using vkcl::testing::DefinitionLine;
@@ -22,6 +25,7 @@ using vkcl::testing::FaultAt;
 using vkcl::testing::InOwnProcess;
 using vkcl::testing::Installation;
 using vkcl::testing::OpenHandles;
+using vkcl::testing::Shortage;
 
 struct Entry {
   std::string name;
@@ -686,6 +690,48 @@ TEST(ColorTables, HoldWhatTheFileHeldAtTheFirstUseOfEach) {
     EXPECT_EQ(ordered, AStringArray({"C"}));
     EXPECT_EQ(NamesOf(Mode(0x80010000)), AStringArray({"D"}));
     EXPECT_EQ(DarkNamesOf(Mode(0x80010000)), AStringArray({"E"}));
+  });
+}
+
+// A table that could not be filled stays empty, and the next use fills it.
+template <class Failure, class... Kind>
+void FillWithFailures(const Use& use, Kind... kind) {
+  InOwnProcess([&] {
+    const Installation installation("A-violet-of-a-long-name 20000 0 0 0\nViolet 10000 0 0 0\n");
+    bool known = false;
+    std::size_t which = 0;
+    for (; !known && which < 100; ++which) {
+      const Failure failure(which, kind...);
+      try {
+        known = use.knowsViolet();
+      } catch (const std::bad_alloc&) {  // of what the use itself makes
+        known = false;
+      }
+    }
+    EXPECT_TRUE(known);
+    EXPECT_GT(which, 2u) << "nothing has failed";
+    EXPECT_TRUE(use.knowsViolet());
+  });
+}
+
+TEST(ColorTables, AreFilledByTheNextUseAfterAnyFailure) {
+  for (const Use& use : kUses) {
+    SCOPED_TRACE(use.what);
+    FillWithFailures<AllocationFailsAt>(use, Shortage::Once);
+    FillWithFailures<AllocationFailsAt>(use, Shortage::Lasting);
+    FillWithFailures<FaultAt>(use, Fault::Error);
+  }
+}
+
+TEST(StandardColorNames, AreMissingOnlyWhileMemoryIsShort) {
+  InOwnProcess([] {
+    std::size_t during = 0;
+    {
+      const AllocationFailsAt first(0);
+      during = StandardColorNames().size();
+    }
+    EXPECT_TRUE(during == 0 || during == 20) << "unless somebody has asked before";
+    EXPECT_EQ(StandardColorNames().size(), 20u);
   });
 }
 
