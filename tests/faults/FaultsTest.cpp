@@ -137,8 +137,21 @@ class Site {
       EXPECT_TRUE(FilesBelow(dir_.path()) == after_) << "it says yes, and the files are others";
       EXPECT_TRUE(attempt.seen() == seen_) << "it says yes, and the objects are others";
     } else {
+      ExpectOthersUntouched(FilesBelow(dir_.path()));
       static_cast<void>(attempt.seen());
     }
+  }
+
+  // Files that the operation does not write are as they were, and none has come that it does not
+  // make.
+  void ExpectOthersUntouched(const Files& now) const {
+    for (const auto& [name, content] : before_) {
+      const auto after = after_.find(name);
+      const auto found = now.find(name);
+      if (after == after_.end() || after->second != content) continue;
+      EXPECT_TRUE(found != now.end() && found->second == content) << name;
+    }
+    for (const auto& [name, content] : now) EXPECT_TRUE(after_.contains(name)) << name;
   }
 
   void CheckRefused(const Attempt& attempt, const std::string& seenBefore) {

@@ -43,6 +43,7 @@ struct Inspecting {
 
   AFilePath path;
   AFilePath page;
+  bool hasPage = false;  // a whole one
   VKCLProfile profile;
   VKCLProfile other;
   AFile file;
@@ -61,6 +62,10 @@ std::string Seen(const Inspecting& i) {
             (change.remove ? "-" : "+") + std::string(change.element.begin(), change.element.end());
   }
   for (const Finding& finding : i.findings) text += finding.rule + finding.tag + finding.text;
+  if (i.hasPage) {
+    const Bytes page = ReadFile(i.page.str());
+    EXPECT_TRUE(std::string(page.begin(), page.end()).ends_with("</html>\n"));
+  }
   return text;
 }
 
@@ -129,7 +134,8 @@ void AddPages(std::vector<Operation>& all) {
   report.systemFaults = Faults::Tell;
   all.push_back(report);
   all.push_back(On("vkcl::WriteReportFile", [](Inspecting& i) {
-    return WriteReportFile({&i.path, 1}, i.page);
+    i.hasPage = WriteReportFile({&i.path, 1}, i.page);
+    return i.hasPage;
   }));
   all.back().systemFaults = Faults::Tell;
 }

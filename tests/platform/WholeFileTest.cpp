@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "support/SparseFile.h"
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
 
@@ -68,7 +69,7 @@ TEST(WholeFile, NeedsAFileThatCanBeRead) {
   }
   // Larger than any profile, and without a byte on the medium.
   const AFilePath large(dir.Write("large", {}));
-  std::filesystem::resize_file(large.str(), std::uint64_t{1} << 32);
+  if (!vkcl::testing::Lengthen(large.str(), std::uintmax_t{1} << 32)) GTEST_SKIP();
   EXPECT_EQ(TextOf(ReadWholeFile(large)), "nothing");
   EXPECT_EQ(TextOf(ReadStretch(large, 0, 5)), "nothing");
 }
