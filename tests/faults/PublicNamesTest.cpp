@@ -1,6 +1,6 @@
-// No public function is left out of the operations. The headers are read for what they declare; a
-// function whose body stands in its header makes no step of its own that could fail but those of
-// the functions it calls.
+// No public function is left out of the operations, by its name: overloads count as one. The
+// headers are read for what they declare; a function whose body stands in its header makes no step
+// of its own that could fail but those of the functions it calls.
 #include <algorithm>
 #include <fstream>
 #include <iterator>
