@@ -16,8 +16,10 @@ class Folder {
  public:
   Folder() {
     const std::filesystem::path memory = "/dev/shm";
-    const auto above =
-        std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+    std::error_code error;
+    const bool isUsable =
+        std::filesystem::is_directory(memory, error) && access(memory.c_str(), W_OK) == 0;
+    const auto above = isUsable ? memory : std::filesystem::temp_directory_path();
     path_ = above / ("vkcl-fuzz-" + std::to_string(getpid()));
     std::filesystem::create_directories(path_);
   }
