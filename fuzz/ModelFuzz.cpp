@@ -1,6 +1,7 @@
 // A random life of a profile: writes, appends, several at once, merges, strips, edits and
-// reopenings, held against a list of tags after each step. It begins without a file, with a profile
-// in table order, or with one of another layout, which is written through the safe edits only.
+// reopenings. After each step the file and the open object are held against a list of tags. A life
+// begins without a file, with a profile in table order, or with one of another layout, which is
+// written through the safe edits only.
 #include <algorithm>
 #include <filesystem>
 #include <memory>
@@ -37,20 +38,68 @@ void SetBig32(Bytes& bytes, std::size_t at, std::size_t number) {
   }
 }
 
-// The same tags, laid out otherwise: a gap in front, backwards, or without padding at the end.
-Bytes OtherLayout(const std::vector<Tag>& tags, unsigned kind) {
+std::uint32_t Big32(const Bytes& bytes, std::size_t at) {
+  std::uint32_t number = 0;
+  for (std::size_t i = 0; i < 4; ++i) number = number << 8 | bytes[at + i];
+  return number;
+}
+
+// Gives a header values of its own, so that no field can get lost unseen. What the library asks for
+// stays as it is: size, version, class, spaces and magic.
+Bytes Marked(Bytes file, std::uint8_t first) {
+  const auto mark = [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) file[i] = static_cast<std::uint8_t>(first + i);
+  };
+  mark(4, 8);
+  mark(24, 36);
+  mark(40, 128);
+  return file;
+}
+
+constexpr std::size_t kNone = SIZE_MAX;
+
+// The file in table order, each tag padded with zeros. The tag at `sharer` is given no data of its
+// own, but the block of the first one.
+Bytes InOrder(const std::vector<Tag>& tags, std::size_t sharer = kNone) {
+  Bytes file = vkcl::fuzz::Profile(tags);
+  file.resize(132 + 12 * tags.size());
+  for (std::size_t i = 0; i < tags.size(); ++i) {
+    const std::size_t offset = i == sharer ? Big32(file, 132 + 4) : file.size();
+    SetBig32(file, 132 + 12 * i + 4, offset);
+    if (i == sharer) continue;
+    file.insert(file.end(), tags[i].element.begin(), tags[i].element.end());
+    file.resize((file.size() + 3) / 4 * 4);
+  }
+  SetBig32(file, 0, file.size());
+  return file;
+}
+
+// What Life can begin with.
+enum class Layout : std::uint8_t { GapInFront, Backwards, EndUnpadded, BlockShared };
+
+// The same tags, laid out otherwise.
+Bytes OtherLayout(const std::vector<Tag>& tags, Layout layout) {
+  if (layout == Layout::BlockShared) return InOrder(tags, tags.size() - 1);
   Bytes file = vkcl::fuzz::Profile(tags);
   const std::size_t start = 132 + 12 * tags.size();
   file.resize(start);
-  if (kind % 3 == 0) file.resize(start + 8, 0xEE);
+  if (layout == Layout::GapInFront) file.resize(start + 8, 0xEE);
   for (std::size_t k = 0; k < tags.size(); ++k) {
-    const std::size_t i = kind % 3 == 1 ? tags.size() - 1 - k : k;
+    const std::size_t i = layout == Layout::Backwards ? tags.size() - 1 - k : k;
     SetBig32(file, 132 + 12 * i + 4, file.size());
     file.insert(file.end(), tags[i].element.begin(), tags[i].element.end());
     const bool isLast = k + 1 == tags.size();
-    if (kind % 3 != 2 || !isLast) file.resize((file.size() + 3) / 4 * 4);
+    if (layout != Layout::EndUnpadded || !isLast) file.resize((file.size() + 3) / 4 * 4);
   }
   SetBig32(file, 0, file.size());
+  return file;
+}
+
+// Bytes 4 to 127: the header without the size.
+Bytes HeaderOf(const Bytes& file) { return Bytes(file.begin() + 4, file.begin() + 128); }
+
+Bytes WithHeader(Bytes file, const Bytes& header) {
+  std::copy(header.begin(), header.end(), file.begin() + 4);
   return file;
 }
 
@@ -70,15 +119,24 @@ class Life {
   void Begin() {
     std::filesystem::remove(path_);
     const std::uint8_t kind = input_.Byte();
-    const std::size_t count = 1 + kind / 4 % 3;
+    const bool isOther = kind % 4 == 3;
+    const auto layout = static_cast<Layout>(kind / 16 % 4);
+    const bool shares = isOther && layout == Layout::BlockShared;
+    const std::size_t count = (shares ? 2u : 1u) + kind / 4 % 3;
     if (kind % 4 != 0) {
       for (std::size_t i = 0; i < count; ++i) {
         Bytes element = {'t', 'e', 'x', 't', 0, 0, 0, 0};
-        element.resize(8 + input_.Byte() % 20, 'x');
+        element.resize(8 + input_.Byte() % 20, static_cast<std::uint8_t>('x' - i));
         tags_.push_back({kText + static_cast<std::uint32_t>(i), element});
       }
-      isArranged_ = kind % 4 != 3;
-      const Bytes file = isArranged_ ? vkcl::fuzz::Profile(tags_) : OtherLayout(tags_, kind / 16);
+      if (shares) {
+        sharer_ = count - 1;
+        tags_.back().element = tags_.front().element;
+      }
+      isOrdered_ = !isOther || shares;
+      const Bytes plain = isOther ? OtherLayout(tags_, layout) : vkcl::fuzz::Profile(tags_);
+      const Bytes file = Marked(plain, 0x51);
+      header_ = HeaderOf(file);
       vkcl::fuzz::WriteFile(path_, file.data(), file.size());
     }
     channels_ = kind % 4 == 0 ? 3 + kind / 4 % 14 : 0;
@@ -90,11 +148,11 @@ class Life {
 
   void Step(unsigned what) {
     const bool exists = !tags_.empty();
-    if (!isArranged_) return what % 2 == 0 ? WriteInEdit() : StoreInEdit();
+    const bool isForEdits = !isOrdered_ || sharer_ != kNone;
     switch (what) {
       case 0:
-      case 1: return Write();
-      case 2: return exists ? WriteSeveral() : Write();
+      case 1: return isForEdits ? WriteInEdit() : Write();
+      case 2: return isForEdits ? WriteInEdit() : exists ? WriteSeveral() : Write();
       case 3: return exists ? Merge() : Write();
       case 4: return exists ? Strip() : Write();
       case 5: return exists ? StoreInEdit() : Write();
@@ -157,57 +215,78 @@ class Life {
     return Find(QX51) != tags_.end() && Find(QX53) != tags_.end() && !newer;
   }
 
+  // The standard profile keeps all that it holds, header included, and the private tags follow.
   void Merge() {
     Open();
     Demand((profile().isVKCLProfile() == 1) == IsOwn(), "an own profile is told");
-    if (!IsOwn()) return;
-    const std::vector<Tag> standard = {{kText, {'t', 'e', 'x', 't', 0, 0, 0, 0, 'y', 0}}};
-    const Bytes file = vkcl::fuzz::Profile(standard);
+    const std::vector<Tag> standard = {{kText, {'t', 'e', 'x', 't', 0, 0, 0, 0, 'y', 0}},
+                                       {kText + 9, {'t', 'e', 'x', 't', 0, 0, 0, 0}}};
+    const Bytes file = Marked(vkcl::fuzz::Profile(standard), 0xA7);
     vkcl::fuzz::WriteFile(other_, file.data(), file.size());
     VKCLProfile target(AFilePath(other_), 0);
-    Demand(profile().MergeVKPrivateTagIntoStandICC(target) == 1, "private tags can be merged");
+    const bool isMerged = profile().MergeVKPrivateTagIntoStandICC(target) == 1;
+    Demand(isMerged == IsOwn(), "the private tags of an own profile, and of no other, are merged");
     std::vector<Tag> merged = standard;
-    std::copy_if(tags_.begin(), tags_.end(), std::back_inserter(merged), IsPrivate);
-    Demand(SameTags(vkcl::fuzz::TagsOf(vkcl::fuzz::ReadFile(other_)), merged),
-           "merging appends the private tags");
-    if (input_.Byte() % 2 != 0) Adopt(merged);
+    if (isMerged) {
+      std::copy_if(tags_.begin(), tags_.end(), std::back_inserter(merged), IsPrivate);
+    }
+    const Bytes result = vkcl::fuzz::ReadFile(other_);
+    Demand(result == WithHeader(InOrder(merged), HeaderOf(file)),
+           "merging appends the private tags and changes nothing else");
+    HoldsTable(target, result);
+    if (!isMerged) return;
+    Demand(profile().header.size == result.size() && target.header.size == file.size(),
+           "the new size is told to the object that is merged");
+    if (input_.Byte() % 2 != 0) Adopt(merged, HeaderOf(file), kNone);
   }
 
+  // The copy has the header and the other tags, in table order; a block that was shared still is.
   void Strip() {
     Open();
     std::vector<Tag> rest;
     std::remove_copy_if(tags_.begin(), tags_.end(), std::back_inserter(rest), IsPrivate);
-    const bool stripped = profile().WriteICCWithoutVKiTags(other_.c_str()) == 1;
-    Demand(stripped == !rest.empty(), "a profile with other tags can be stripped");
-    if (!stripped) return;
-    Demand(SameTags(vkcl::fuzz::TagsOf(vkcl::fuzz::ReadFile(other_)), rest),
-           "stripping leaves the other tags");
-    if (input_.Byte() % 2 != 0) Adopt(rest);
+    std::filesystem::remove(other_);
+    const bool isStripped = profile().WriteICCWithoutVKiTags(other_.c_str()) == 1;
+    Demand(isStripped == !rest.empty(), "a profile with other tags can be stripped");
+    Demand(std::filesystem::exists(other_) == isStripped, "a refusal leaves no file");
+    if (!isStripped) return;
+    Demand(vkcl::fuzz::ReadFile(other_) == WithHeader(InOrder(rest, sharer_), header_),
+           "stripping leaves the header and the other tags");
+    if (input_.Byte() % 2 != 0) Adopt(rest, header_, sharer_);
   }
 
   // Goes on with the other file.
-  void Adopt(const std::vector<Tag>& tags) {
+  void Adopt(const std::vector<Tag>& tags, const Bytes& header, std::size_t sharer) {
     handler_.reset();
     std::filesystem::rename(other_, path_);
     tags_ = tags;
     channels_ = 0;
-    header_.clear();
+    header_ = header;
+    sharer_ = sharer;
+    isOrdered_ = true;
     Open();
   }
 
+  // One time in four the edit does not ask what the layout suits, and puts all into order.
   void WriteInEdit() {
+    const bool asks = input_.Byte() % 4 != 0;
     const std::uint32_t signature = Signature();
     const Bytes payload = Payload();
     const auto id = static_cast<VKPrivateTagSignature>(signature);
     const auto length = static_cast<unsigned long>(payload.size());
     handler_.reset();
     vkcl::ProfileEdit edit(AFilePath(path_), channels_, [&](const VKCLProfile& profile) {
-      return vkcl::TagDataSuitWriting(profile, id, length);
+      return asks && vkcl::TagDataSuitWriting(profile, id, length);
     });
     Demand(edit.handler() != nullptr, "a profile of any layout can be edited");
     Demand(edit.handler()->GetProfilePtr()->WriteVKPrivateTag(id, payload.data(), length) == 1,
            "a tag can be stored in an edit");
     Demand(edit.Commit() == vkcl::EditState::Done, "an edit takes the place");
+    Demand(asks || edit.wasArranged(), "what suits nothing is put into order");
+    if (edit.wasArranged()) {
+      isOrdered_ = true;
+      sharer_ = kNone;
+    }
     Put(signature, DataElement(payload));
     Open();
   }
@@ -229,7 +308,7 @@ class Life {
     Demand(edit.StoreTags({&change, 1}) == !leavesNone, "a whole tag can be stored or removed");
     if (!leavesNone) {
       Demand(edit.Commit() == vkcl::EditState::Done, "an edit takes the place");
-      isArranged_ = true;
+      isOrdered_ = true;
       if (change.remove) {
         if (found != tags_.end()) tags_.erase(found);
       } else if (found != tags_.end()) {
@@ -260,29 +339,66 @@ class Life {
     }
   }
 
+  // The object has the table of the file.
+  static void HoldsTable(const VKCLProfile& profile, const Bytes& file) {
+    Demand(profile.tagCount == Big32(file, 128), "the object has the tags of the file");
+    for (std::size_t i = 0; i < profile.tagCount; ++i) {
+      const std::size_t entry = 132 + 12 * i;
+      const icTag& tag = profile.tagTable[i];
+      Demand(tag.sig == Big32(file, entry) && tag.offset == Big32(file, entry + 4) &&
+                 tag.size == Big32(file, entry + 8),
+             "the object has the table of the file");
+    }
+  }
+
+  // What a profile is that begins with a write: of the channels it was opened for.
+  void IsNew(const Bytes& header) const {
+    Bytes space = {'?', 'C', 'L', 'R'};
+    space[0] = static_cast<std::uint8_t>("0123456789ABCDEFG"[channels_]);
+    if (channels_ == 3) space = {'R', 'G', 'B', ' '};
+    if (channels_ == 4) space = {'C', 'M', 'Y', 'K'};
+    const Bytes output = {'p', 'r', 't', 'r'};
+    const Bytes lab = {'L', 'a', 'b', ' '};
+    const auto has = [&](std::size_t at, const Bytes& word) {
+      return std::equal(word.begin(), word.end(),
+                        header.begin() + static_cast<std::ptrdiff_t>(at - 4));
+    };
+    Demand(has(12, output) && has(16, space) && has(20, lab), "a new profile is of its channels");
+  }
+
   // The file holds the tags of the model, and the header that it began with but for its size. In
-  // table order that is every byte of it.
+  // table order that is every byte of it. The object has the table of the file.
   void Compare() {
-    if (tags_.empty()) return Demand(!std::filesystem::exists(path_), "there is no file yet");
+    if (tags_.empty()) {
+      Demand(profile().isValidICC() == 0 && profile().tagCount == 0, "there is no profile yet");
+      return Demand(!std::filesystem::exists(path_), "there is no file yet");
+    }
     const Bytes file = vkcl::fuzz::ReadFile(path_);
     Demand(SameTags(vkcl::fuzz::TagsOf(file), tags_), "the file holds what was stored");
-    const Bytes header(file.begin() + 4, file.begin() + 128);
-    if (header_.empty()) header_ = header;
-    Demand(header == header_, "the header stays");
-    if (isArranged_) {
-      Bytes whole = vkcl::fuzz::Profile(tags_);
-      std::copy(header_.begin(), header_.end(), whole.begin() + 4);
-      Demand(file == whole, "the tags lie one behind the other, padded with zeros, and no more");
+    if (header_.empty()) {
+      header_ = HeaderOf(file);
+      IsNew(header_);
     }
+    Demand(HeaderOf(file) == header_, "the header stays");
+    Demand(!isOrdered_ || file == WithHeader(InOrder(tags_, sharer_), header_),
+           "the tags lie one behind the other, padded with zeros, and no more");
     Demand(profile().isValidICC() == 1, "the object is valid");
+    HoldsTable(profile(), file);
+    for (const std::uint32_t signature : kSignatures) {
+      const auto found = Find(signature);
+      const std::size_t size = found == tags_.end() ? 0 : found->element.size();
+      Demand(profile().GetTagSize(static_cast<icTagSignature>(signature)) == size,
+             "the object tells the size of a tag");
+    }
   }
 
   Input& input_;
   const std::string path_ = vkcl::fuzz::FilePath("model.icc");
   const std::string other_ = vkcl::fuzz::FilePath("other.icc");
   std::vector<Tag> tags_;
-  Bytes header_;
-  bool isArranged_ = true;
+  Bytes header_;                // without the size
+  bool isOrdered_ = true;       // the data lie in table order
+  std::size_t sharer_ = kNone;  // the entry that has the block of the first one
   int channels_ = 0;
   std::unique_ptr<VKCLProfileHandler> handler_;
 };
