@@ -233,12 +233,102 @@ def shown():
     return shown
 
 
+def lives():
+    """Lives of the model that are written by hand; see ModelFuzz.cpp for what a step takes."""
+    split, single, multi, color, spot, newer = 0, 1, 2, 3, 7, 11  # places in its signatures
+    merge_refused, strip_refused, read, reopen = b"\3", b"\4", b"\6", b"\7"
+
+    def new(channels):
+        return bytes([4 * (channels - 3)])
+
+    def ordered(tags):
+        return bytes([1 + 4 * (tags - 1)]) + bytes(range(5, 5 + tags))
+
+    def other(layout, more):  # that many tags more than the layout needs
+        kinds = range(3 + 16 * layout, 16 + 16 * layout, 4)
+        kind = next(kind for kind in kinds if kind // 4 % 3 == more)
+        return bytes([kind]) + bytes(range(5, 6 + more + (layout == 3)))
+
+    def content(payload):
+        return bytes([len(payload)]) + payload
+
+    def write(tag, payload):
+        return bytes([0, tag]) + content(payload)
+
+    def several(*tags):
+        return bytes([2, len(tags) - 1]) + b"".join(
+            bytes([tag]) + content(payload) for tag, payload in tags)
+
+    def merge(adopt):
+        return bytes([3, adopt])
+
+    def strip(adopt):
+        return bytes([4, adopt])
+
+    def store(tag, element, occurrence=1):
+        return bytes([5, tag, occurrence - 1, 1]) + content(element)
+
+    def remove(tag, occurrence=1):
+        return bytes([5, tag, occurrence - 1, 0]) + content(b"")
+
+    def edit(tag, payload, asks=True):
+        return bytes([0, asks, tag]) + content(payload)
+
+    gap, backwards, unpadded, shared = range(4)
+    own = write(single, b"limits") + write(color, b"colors")
+    whole = private(b"whole")
+    return {
+        "merged": ordered(2) + own + merge(False) + write(multi, b"after") + read,
+        "merged_adopted": ordered(2) + own + merge(True) + read
+        + write(single, b"longer than before") + merge(True) + strip(True) + write(color, b"c"),
+        "merged_new": new(16) + own + write(spot, b"") + merge(True) + reopen
+        + strip(False),
+        "merged_not_own": ordered(2) + own + merge(False) + write(newer, b"7")
+        + merge_refused + read,
+        "same_length": ordered(2) + write(single, b"one") + write(color, b"12345")
+        + write(single, b"two") + read + write(color, b"54321") + reopen + read,
+        "other_lengths": ordered(2) + own + write(single, b"l") + read
+        + write(single, 200 * b"l") + write(color, b"") + read + write(color, b"abcd") + read,
+        "stripped": ordered(2) + own + strip(False) + write(split, b"s") + strip(True)
+        + strip(True) + write(split, b"again") + read,
+        "stripped_none": new(4) + own + strip_refused + read,
+        "removed": ordered(2) + own + remove(single) + read + remove(color)
+        + remove(split) + own + read,
+        "removed_last": new(3) + write(split, b"s") + remove(split) + write(single, b"x")
+        + remove(split) + remove(single) + read,
+        "appended": ordered(2) + several((single, b"1"), (color, b"12"), (split, b""))
+        + read + several((single, b"second"), (spot, b"12345")) + store(single, whole, 2)
+        + remove(single, 1) + read + write(single, b"third") + merge(True),
+        "stored": ordered(2) + store(single, whole) + store(color, b"bare") + read
+        + write(color, b"1234") + store(single, whole[:-1]) + store(single, whole, 2) + read,
+        "gap": other(gap, 1) + strip(False) + edit(single, b"1") + own + read,
+        "gap_stored": other(gap, 1) + store(single, whole) + own + merge(True),
+        "gap_stripped": other(gap, 1) + read + reopen + strip(True) + own,
+        "backwards": other(backwards, 1) + strip(False) + edit(single, b"1") + own + read,
+        "backwards_stored": other(backwards, 1) + remove(split) + own + strip(True),
+        "backwards_stripped": other(backwards, 1) + strip(True) + own + merge(False),
+        "unpadded": other(unpadded, 1) + strip(False) + edit(single, b"1") + own + read,
+        "unpadded_stored": other(unpadded, 1) + store(color, whole) + own + read,
+        "unpadded_stripped": other(unpadded, 1) + strip(True) + several((single, b"1")),
+        "shared": other(shared, 1) + edit(single, b"1") + edit(color, b"123") + read
+        + edit(single, b"2") + edit(single, b"longer") + store(color, whole) + remove(single)
+        + store(single, whole) + edit(split, b"s") + merge(False) + strip(False) + read,
+        "shared_ordered": other(shared, 1) + edit(single, b"1") + edit(color, b"1", False) + own
+        + strip(False) + read,
+        "shared_stripped": other(shared, 1) + edit(single, b"1") + strip(True) + edit(color, b"2")
+        + edit(single, b"1") + merge(True) + own,
+        "shared_two": other(shared, 0) + edit(split, b"s") + edit(split, b"longer")
+        + strip(True),
+    }
+
+
 def programs():
     """For the model: choices and payloads."""
-    made = {}
-    for kind in range(32):
+    made = lives()
+    for kind in range(64):
         source = random.Random(kind)
-        made[f"life_{kind}"] = bytes([kind]) + bytes(source.randrange(256) for _ in range(400))
+        # Small numbers: payloads are short then, and a life has room for many steps.
+        made[f"life_{kind}"] = bytes([kind]) + bytes(source.randrange(16) for _ in range(200))
     return made
 
 
