@@ -84,6 +84,37 @@ Bytes ReadFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+std::uint64_t Digest(const void* bytes, std::size_t size, std::uint64_t before) {
+  constexpr std::uint64_t kPrime = 0x100000001b3;
+  const auto* each = static_cast<const std::uint8_t*>(bytes);
+  std::uint64_t digest = before ^ 0xcbf29ce484222325;
+  for (std::size_t i = 0; i < size; ++i) digest = (digest ^ each[i]) * kPrime;
+  return digest;
+}
+
+std::uint64_t Digest(const ProfileDataList& list) {
+  const std::uint32_t counters[] = {list.DataFormat, static_cast<std::uint32_t>(list.NumOfSamples),
+                                    static_cast<std::uint32_t>(list.ColorMode),
+                                    static_cast<std::uint32_t>(list.NumOfColors),
+                                    static_cast<std::uint32_t>(list.Measured)};
+  std::uint64_t digest = Digest(counters, sizeof counters);
+  const auto samples = static_cast<std::size_t>(std::max(list.NumOfSamples, 0));
+  const auto colors = static_cast<std::size_t>(std::max(list.NumOfColors, 0));
+  if (list.PerSample != nullptr) {
+    digest = Digest(list.PerSample, samples * sizeof *list.PerSample, digest);
+  }
+  if (list.DataList == nullptr) return digest;
+  return Digest(list.DataList, samples * colors * sizeof *list.DataList, digest);
+}
+
+std::uint64_t Digest(const SplitParam& split) {
+  const std::int32_t head[] = {split.version, split.size, split.count};
+  const std::uint64_t digest = Digest(head, sizeof head);
+  if (split.splits == nullptr || split.count < 0) return digest;
+  const std::size_t size = SplitParam::RecordSize(split.version);
+  return Digest(split.splits, static_cast<std::size_t>(split.count) * size, digest);
+}
+
 std::uint8_t Input::Byte() {
   if (size_ == 0) return 0;
   --size_;

@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "privatetags/ProfileDataList.h"
+#include "split/SplitParam.h"
+
 /// Looks at one input. A finding ends the process: a sanitizer's report, or Demand.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -22,6 +25,15 @@ void Demand(bool kept, const char* promise);
 std::string FilePath(const char* name);
 void WriteFile(const std::string& path, const void* bytes, std::size_t size);
 Bytes ReadFile(const std::string& path);
+
+///@{
+/// Reads everything that the counters of a record tell of, so that a sanitizer sees counters that
+/// lie. The result depends on each value and on the counters that are stored.
+std::uint64_t Digest(const ProfileDataList& list);
+std::uint64_t Digest(const SplitParam& split);
+///@}
+/// The digest of bytes, going on with that of others.
+std::uint64_t Digest(const void* bytes, std::size_t size, std::uint64_t before = 0);
 
 /// Takes an input apart from its front; behind its end there are zeros.
 class Input {
