@@ -125,17 +125,21 @@ def targets():
     rows = "BEGIN_DATA\n0 100 40.5 12 50.5 -1e1 .5\n1 2 3 4 5 6 7\nEND_DATA\n"
     fields = "CMYK_C CMYK_M CMYK_Y CMYK_K LAB_L LAB_A LAB_B"
     sound = head.format(fields) + rows
+    other = head.format("RGB_R RGB_G RGB_B R_380 R_390")
     return {name: text.encode() for name, text in {
         "sound": sound, "crlf": sound.replace("\n", "\r\n"), "tabs": sound.replace(" ", "\t"),
         "xyz": sound.replace("LAB_L LAB_A LAB_B", "XYZ_X XYZ_Y XYZ_Z"),
-        "reflectance": head.format("RGB_R RGB_G RGB_B R_380 R_390") + rows,
+        "reflectance": other + rows,
         "no_format": sound.replace("BEGIN_DATA_FORMAT", ""),
         "format_open": sound.replace("END_DATA_FORMAT", ""), "no_data": head.format(fields),
         "data_open": sound.replace("END_DATA\n", ""), "reversed": rows + head.format(fields),
         "no_fields": head.format("") + rows, "no_numbers": head.format(fields) + "BEGIN_DATA\nEND_DATA\n",
         "words": sound.replace("40.5", "many"), "nan": sound.replace("40.5", "nan"),
         "huge": sound.replace("40.5", "1e999"), "gray": head.format("GRAY_K LAB_L LAB_A LAB_B") + rows,
-        "no_device": head.format("LAB_L LAB_A LAB_B") + rows, "empty": ""}.items()}
+        "no_device": head.format("LAB_L LAB_A LAB_B") + rows, "empty": "",
+        "then_other": sound + "\0" + other + rows, "then_wider_refused": sound + "\0" + other,
+        "then_narrower_refused": other + rows + "\0" + head.format(fields),
+        "then_words": sound + "\0words", "refused_then_sound": other + "\0" + sound}.items()}
 
 
 def sidecars():
