@@ -1,4 +1,5 @@
 // Any bytes as a profile or link that the profiler's loaders are given.
+#include <algorithm>
 #include <climits>
 
 #include "Fuzz.h"
@@ -40,6 +41,10 @@ void LoadLinks(const std::uint8_t* data, unsigned int size) {
     unsigned int length = 0;
     Demand(CLSaveLink8ToMemory(link8, nullptr, 0, &length) == 0 && length == size,
            "a loaded link has its length");
+    vkcl::fuzz::Bytes bytes(length);
+    Demand(CLSaveLink8ToMemory(link8, bytes.data(), length, &length) == 0 && length == size &&
+               std::equal(bytes.begin(), bytes.end(), data),
+           "a loaded link is given back byte for byte");
   }
   CLFreeCLLink8Ref(link8);
   void* link16 = CLNewCLLink16Ref();
@@ -47,6 +52,10 @@ void LoadLinks(const std::uint8_t* data, unsigned int size) {
     unsigned int length = 0;
     void* copy = CopyCLLinkRef(link16, &length);
     Demand(copy != nullptr && length == size, "a loaded link can be copied");
+    vkcl::fuzz::Bytes bytes(length);
+    Demand(CLSaveLink16ToMemory(copy, bytes.data(), length, &length) == 0 && length == size &&
+               std::equal(bytes.begin(), bytes.end(), data),
+           "a copy of a link has its bytes");
     CLFreeCLLink16Ref(copy);
   }
   CLFreeCLLink16Ref(link16);
