@@ -85,6 +85,8 @@ def payloads():
                 if at + 4 <= len(payload):
                     made[f"{name}_{at}_{what}"] = (
                         payload[:at] + struct.pack("<i", number) + payload[at + 4:])
+    for status in (9, 10, 12):  # those that lock and unlock
+        made[f"color_status_{status}"] = color[:8] + struct.pack("<i", status) + color[12:]
     return made
 
 
@@ -161,6 +163,7 @@ def sidecars():
             "negative": sound.replace("<NumOfColors>1<", "<NumOfColors>-1<"),
             "no_hex": sound.replace("000000000000f03f", "xyz"), "cut": sound[:300],
             "entity": "<!DOCTYPE a [<!ENTITY b 'c'>]>" + sound, "comment": sound.replace("<Model/>", "<!-- -- -->"),
+            "bare": "<VK_VSD_PROFILE><!--" + 300 * "x" + "--></VK_VSD_PROFILE>",
             "deep": "<a>" * 300, "cdata": sound.replace(">A<", "><![CDATA[<A>]]><"), "empty": ""}
     return {name: text.encode() for name, text in made.items()} | {
         "utf16": sound.replace("'1.0'", "'1.0'").encode("utf-16"), "raw": sound.encode().replace(b">A<", b">\xff\xfe<")}
