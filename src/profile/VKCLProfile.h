@@ -136,10 +136,11 @@ class VKCL_API VKCLProfile {
   /// target object keeps its old one: whoever goes on with the target opens it anew.
   int MergeVKPrivateTagIntoStandICC(VKCLProfile& target);
   /// Writes a copy without private tags to `outputPath`, created or replaced. Tags that share their
-  /// data go on sharing them, each as long as the first one leaves room for; bytes that this file
-  /// does not hold are zeros (vkcl::WriteChangedCopy keeps longer ones whole, and refuses such a
-  /// file). Fails when no other tag is left, for this profile's own file, and for a device or a
-  /// pipe; on failure nothing changes.
+  /// data go on sharing them; deliberately there is only room for the first one, and a later one
+  /// that is longer is written over what follows it. Bytes that this file does not hold are zeros.
+  /// (vkcl::WriteChangedCopy keeps all tags whole, and refuses a file that lacks bytes.) Fails when
+  /// no other tag is left, for this profile's own file, and for a device or a pipe; on failure
+  /// nothing changes.
   int WriteICCWithoutVKiTags(const char* outputPath);
 
   std::int32_t valid = 0;         ///< 1 once header and tag table were read and accepted
