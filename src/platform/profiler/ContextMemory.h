@@ -5,7 +5,7 @@
 
 #include <lcms2.h>
 
-#include <type_traits>
+#include <type_traits>  // IWYU pragma: keep
 
 namespace vkcl::profiler {
 
