@@ -52,11 +52,10 @@ void Stays(const ProfileDataList& before, const ProfileDataList& after) {
          "a refusal leaves the samples");
   if (after.DataList == nullptr) return;
   const std::size_t held = std::min(ValuesOf(before), ValuesOf(after));
-  const std::size_t more = ValuesOf(after) - held;
   Demand(std::equal(after.DataList, after.DataList + held, before.DataList,
                     [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }),
          "a refusal leaves the values");
-  Demand(std::all_of(after.DataList + held, after.DataList + held + more,
+  Demand(std::all_of(after.DataList + held, after.DataList + ValuesOf(after),
                      [](double value) { return value == 0; }),
          "what is new are zeros");
 }

@@ -7,18 +7,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
+#include "platform/profiler/ProfilerObjects.h"
 #include "support/Allocations.h"
 
 namespace vkcl::profiler {
 namespace {
-
-struct Deleter {
-  void operator()(cmsContext context) const { DeleteContext(context); }
-};
-using Context = std::unique_ptr<_cmsContext_struct, Deleter>;
 
 unsigned char* Bytes(void* memory) { return static_cast<unsigned char*>(memory); }
 
@@ -94,6 +89,32 @@ TEST(ContextMemory, CallsAreLeftWhereItIsShort) {
     EXPECT_EQ(steps, 3);
   }
   EXPECT_EQ(testing::LiveAllocations(), live);
+}
+
+// Little CMS may have left it half made.
+TEST(ContextMemory, WhatWasMadeWithOneThatIsShortIsReleasedWithIt) {
+  const std::int64_t none = testing::LiveAllocations();
+  {
+    Context context(CreateContext());
+    OpenProfile profile(
+        Within(context.get(), [&] { return cmsCreate_sRGBProfileTHR(context.get()); }));
+    Transform transform(Within(context.get(), [&] {
+      return cmsCreateTransformTHR(context.get(), profile.get(), TYPE_RGB_8, profile.get(),
+                                   TYPE_RGB_8, 0, 0);
+    }));
+    ASSERT_TRUE(profile && transform);
+    {
+      const testing::AllocationFailsAt first(0);
+      EXPECT_EQ(Within(context.get(), [&] { return _cmsMalloc(context.get(), 10); }), nullptr);
+    }
+    const std::int64_t live = testing::LiveAllocations();
+    transform.reset();
+    EXPECT_EQ(testing::LiveAllocations(), live);
+    profile.reset();
+    EXPECT_EQ(testing::LiveAllocations(), live);
+    context.reset();
+    EXPECT_EQ(testing::LiveAllocations(), none);
+  }
 }
 
 TEST(ContextMemory, OutsideOfACallNullSaysThatItIsShort) {

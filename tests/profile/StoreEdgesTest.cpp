@@ -55,33 +55,35 @@ std::string Content(const VKCLProfile& profile, VKPrivateTagSignature sig) {
   return profile.ReadVKPrivateTag(&tag, 1) != 0 ? std::string(tag.data, tag.size) : "none";
 }
 
-TEST(StoreEdges, AProfileThatHasComeSinceIsNotOverwritten) {
-  const TempDir dir;
+// An object that was made before its file came.
+struct Early {
+  explicit Early(const Bytes& come) { dir.Write("p.icc", come); }
+  TempDir dir;
   const std::string path = dir.File("p.icc");
-  VKCLProfile early(AFilePath(path), 4);
-  ASSERT_EQ(early.isValidICC(), 0);
+  VKCLProfile profile{AFilePath(path), 4};
+};
+
+TEST(StoreEdges, AProfileThatHasComeSinceIsNotOverwritten) {
   const Bytes come = ThreeTags();
-  dir.Write("p.icc", come);
-  EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
-  EXPECT_EQ(ReadFile(path), come);
-  EXPECT_EQ(early.isValidICC(), 0);
+  Early early(come);
+  ASSERT_EQ(early.profile.isValidICC(), 0);
+  EXPECT_EQ(early.profile.WriteVKPrivateTag(QX74, "abcd", 4), 0);
+  EXPECT_EQ(ReadFile(early.path), come);
+  EXPECT_EQ(early.profile.isValidICC(), 0);
 }
 
 TEST(StoreEdges, WhatCannotBeReadMayBeAProfileAndIsNotOverwritten) {
-  const TempDir dir;
-  const std::string path = dir.File("p.icc");
-  VKCLProfile early(AFilePath(path), 4);
-  ASSERT_EQ(early.isValidICC(), 0);
   const Bytes come = ThreeTags();
-  dir.Write("p.icc", come);
+  Early early(come);
+  ASSERT_EQ(early.profile.isValidICC(), 0);
   bool reached = true;
   std::size_t calls = 0;
   for (; reached; ++calls) {
     ASSERT_LT(calls, 20u);
     const FaultAt at(calls, Fault::Error);
-    EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
+    EXPECT_EQ(early.profile.WriteVKPrivateTag(QX74, "abcd", 4), 0);
     reached = FaultAt::Reached();
-    EXPECT_EQ(ReadFile(path), come) << calls;
+    EXPECT_EQ(ReadFile(early.path), come) << calls;
   }
   EXPECT_GT(calls, 3u);  // it was opened, asked for its length, and read
 }
@@ -101,15 +103,12 @@ TEST(StoreEdges, ATagIsAppendedBehindAnEmptyOneAtTheEnd) {
 }
 
 TEST(StoreEdges, AProfileWithoutTagsThatHasComeSinceIsNotOverwritten) {
-  const TempDir dir;
-  const std::string path = dir.File("p.icc");
-  VKCLProfile early(AFilePath(path), 4);
-  ASSERT_EQ(early.isValidICC(), 0);
   const Bytes come = ProfileFile({});
   ASSERT_EQ(come.size(), 132u);
-  dir.Write("p.icc", come);
-  EXPECT_EQ(early.WriteVKPrivateTag(QX74, "abcd", 4), 0);
-  EXPECT_EQ(ReadFile(path), come);
+  Early early(come);
+  ASSERT_EQ(early.profile.isValidICC(), 0);
+  EXPECT_EQ(early.profile.WriteVKPrivateTag(QX74, "abcd", 4), 0);
+  EXPECT_EQ(ReadFile(early.path), come);
 }
 
 TEST(StoreEdges, AnOffsetMovesUpToTheLastThatItsFieldCanTell) {
