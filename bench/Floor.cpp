@@ -107,8 +107,10 @@ bool Read(const std::string& path, const std::vector<Part>& parts, char* to) {
 }
 
 bool Overwrite(const std::string& path, std::uint64_t offset, const Bytes& bytes) {
-  File file(path, O_WRONLY);
-  return file.Write(bytes.data(), {offset, bytes.size()}) && file.Close();
+  File file(path, O_RDWR);
+  const Block old = NewBlock(bytes.size());
+  return file.Read(old.get(), {offset, bytes.size()}) &&
+         file.Write(bytes.data(), {offset, bytes.size()}) && file.Close();
 }
 
 bool Append(const std::string& path, const Bytes& head, std::size_t moved, const Bytes& tail) {

@@ -117,8 +117,7 @@ class VKCL_API VKCLProfile {
 
   // Writing. Private tags are stored as binary 'data'. All writers assume that tag data lie in
   // table order behind the table, each padded to a multiple of 4, as they leave them themselves;
-  // vkcl::TagDataSuitWriting tells whether they do. On failure, which is 0, the file is as it was;
-  // only a replacement of the same length whose close fails leaves the new payload there.
+  // vkcl::TagDataSuitWriting tells whether they do. On failure, which is 0, the file is as it was.
 
   ///@{
   /// Stores a payload: replaces the first entry of that signature, or appends one. When the

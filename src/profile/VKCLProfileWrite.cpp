@@ -212,10 +212,7 @@ int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   std::transform(pieces.begin(), pieces.end(), slices.begin(), [](const FilePiece& piece) {
     return vkcl::host::Slice{piece.bytes, static_cast<std::size_t>(piece.length)};
   });
-  AFile file;
-  if (!file.open(filePath, AFile::Write)) return 0;
-  const bool written = vkcl::Overwrite(file, entry.offset, slices, PadTo4(entry.size));
-  return file.close() && written ? 1 : 0;
+  return vkcl::OverwriteFile(filePath, entry.offset, slices, entry.size) ? 1 : 0;
 }
 
 // Replaces a tag by one of another length. The entries before it keep their places; those behind
@@ -326,10 +323,11 @@ icHeader VKCLProfile::DummyHeader(int channels, std::uint32_t tagSize) {
 
 // Whether the file is, or may be, a profile after all: one that has come since this object was
 // loaded, or that could not be loaded for want of memory or handles. It must not be thrown away.
-// Looks with the eyes of Load, and asks for no memory: there may be none.
+// A file that may only be written is taken for none. Applies the checks of Load, and asks for no
+// memory: there may be none.
 bool VKCLProfile::IsProfileNow() const {
   AFile file;
-  if (!file.open(filePath, AFile::Read)) return filePath.exists();
+  if (!file.open(filePath, AFile::Read)) return !vkcl::host::WasForbidden() && filePath.exists();
   const std::int64_t length = file.length();
   std::array<std::uint8_t, kTableStart> start = {};
   if (length >= 0 && static_cast<std::uint64_t>(length) < start.size()) return false;

@@ -810,6 +810,7 @@ TEST(HostTextAsUtf8, LeavesTheLocaleAlone) {
 using vkcl::testing::PeakGrowth;
 
 constexpr long kLarge = 64l << 20;
+constexpr long kLittle = 1l << 20;  // tables, stacks, small blocks
 
 /// A profile with one tag that makes it as large as that.
 Bytes LargeProfile() {
@@ -865,13 +866,13 @@ TEST(EmbeddedMemory, ALargeFileGoesInAndOutBelowTwiceItsSize) {
   EXPECT_LT(out, 2 * kLarge);
   EXPECT_EQ(std::filesystem::file_size(to), static_cast<std::uintmax_t>(kLarge));
   EXPECT_TRUE(SameContent(to, from));
-  // In the place of a file of the same length.
+  // In the place of a file of the same length, which is held so that it can be put back.
   const long again = PeakGrowth([&] {
     VKCLProfileHandler handler(AFilePath(file.path), 0);
     return handler.WriteTrcTag(AFilePath(from)) == 1;
   });
   EXPECT_GE(again, 0);
-  EXPECT_LT(again, 2 * kLarge);
+  EXPECT_LT(again, 2 * kLarge + kLittle);
 }
 
 TEST(EmbeddedMemory, ALargeProfileGoesInWithOneCopyBesideTheHeldOne) {

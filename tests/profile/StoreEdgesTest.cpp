@@ -7,6 +7,7 @@
 #include "platform/plinth/AFile.h"
 #include "profile/TagLayout.h"
 #include "support/ImageBuilder.h"
+#include "support/OtherProcess.h"
 #include "support/SystemCalls.h"
 #include "support/TagFile.h"
 
@@ -156,12 +157,16 @@ TEST(StoreEdges, CreatingATemporaryProfileKeepsItUntilTheObjectDies) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST(StoreEdges, AFailedCloseOfASameSizeWriteIsReported) {
+TEST(StoreEdges, AFailedCloseOfASameSizeWriteIsReportedAndTheOldTagPutBack) {
   const TempDir dir;
-  VKCLProfile profile(AFilePath(dir.Write("p.icc", ThreeTags())), 4);
-  const FaultAt at(2, Fault::FailedClose);
-  EXPECT_EQ(profile.WriteVKPrivateTag(QX51, "123456789012", 12), 0);
-  EXPECT_TRUE(FaultAt::Reached());
+  const std::string path = dir.Write("p.icc", ThreeTags());
+  VKCLProfile profile{AFilePath(path), 4};
+  {
+    const FaultAt at(3, Fault::FailedClose);
+    EXPECT_EQ(profile.WriteVKPrivateTag(QX51, "123456789012", 12), 0);
+    EXPECT_TRUE(FaultAt::Reached());
+  }
+  EXPECT_EQ(ReadFile(path), ThreeTags());
 }
 
 TEST(StoreEdges, ALongTableThatIsCutIsInvalid) {
@@ -419,6 +424,61 @@ TEST(StoreEdges, ManyEmptyLinksAreReadUpToABound) {
 
 #if !defined(_WIN32)
 TEST(StoreEdges, HandlesAreNotInherited) {
+// A file that its user may write and not read, for a copy without private tags and for a new
+// profile: writing is all that either asks for.
+TEST(StoreEdges, WhatIsMadeAnewNeedsWritePermissionOnly) {
+  const TempDir dir;
+  const std::string path = dir.Write(
+      "p.icc", ProfileFile({{"QX51", Payload().Fill(8, 1)}, {"cprt", Payload().Fill(9, 2)}}));
+  const std::string copy = dir.Write("copy.icc", Bytes(9000, 3));
+  const std::string made = dir.Write("made.icc", Bytes(9000, 4));
+  for (const std::string& name : {copy, made}) {
+    vkcl::testing::GiveToOrdinaryUser(name);
+    ASSERT_EQ(::chmod(name.c_str(), 0200), 0);
+  }
+  std::filesystem::permissions(dir.path(), std::filesystem::perms::others_exec,
+                               std::filesystem::perm_options::add);
+  vkcl::testing::AsOrdinaryUser([&] {
+    EXPECT_EQ(VKCLProfile(AFilePath(path), 4).WriteICCWithoutVKiTags(copy.c_str()), 1);
+    VKCLProfile profile(AFilePath(made), 4);
+    EXPECT_EQ(profile.isValidICC(), 0);
+    EXPECT_EQ(profile.WriteVKPrivateTag(QX74, "abcd", 4), 1);
+    EXPECT_EQ(profile.isValidICC(), 1);
+  });
+  ASSERT_EQ(::chmod(copy.c_str(), 0600), 0);
+  ASSERT_EQ(::chmod(made.c_str(), 0600), 0);
+  EXPECT_EQ(ReadFile(copy), ProfileFile({{"cprt", Payload().Fill(9, 2)}}));
+  EXPECT_EQ(ReadFile(made).size(), 160u);
+  EXPECT_EQ(VKCLProfile(AFilePath(made), 4).GetTagSize(static_cast<icTagSignature>(QX74)), 16u);
+}
+
+// Other reasons than permission do not make it writable: it may be a profile.
+TEST(StoreEdges, OnlyAForbiddenReadLetsANewProfileTakeThePlaceOfAFile) {
+  for (const Fault fault : {Fault::Error, Fault::Forbidden}) {
+    const TempDir dir;
+    const std::string path = dir.Write("p.icc", Bytes(500, 1));
+    VKCLProfile profile(AFilePath(path), 4);
+    const FaultAt at(0, fault);
+    EXPECT_EQ(profile.WriteVKPrivateTag(QX74, "abcd", 4), fault == Fault::Forbidden ? 1 : 0);
+    EXPECT_EQ(ReadFile(path).size(), fault == Fault::Forbidden ? 160u : 500u);
+  }
+}
+
+TEST(StoreEdges, WhatIsMadeAnewFollowsALinkToNothingYet) {
+  const TempDir dir;
+  const std::string path = dir.Write(
+      "p.icc", ProfileFile({{"QX51", Payload().Fill(8, 1)}, {"cprt", Payload().Fill(9, 2)}}));
+  std::filesystem::create_symlink("copy.icc", dir.File("copy"));
+  std::filesystem::create_symlink("made.icc", dir.File("made"));
+  EXPECT_EQ(VKCLProfile(AFilePath(path), 4).WriteICCWithoutVKiTags(dir.File("copy").c_str()), 1);
+  VKCLProfile profile(AFilePath(dir.File("made")), 4);
+  EXPECT_EQ(profile.WriteVKPrivateTag(QX74, "abcd", 4), 1);
+  EXPECT_EQ(ReadFile(dir.File("copy.icc")), ProfileFile({{"cprt", Payload().Fill(9, 2)}}));
+  EXPECT_EQ(ReadFile(dir.File("made.icc")).size(), 160u);
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.File("copy")));
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.File("made")));
+}
+
   const TempDir dir;
   const std::string path = dir.Write("f", {1});
   struct stat wanted = {};

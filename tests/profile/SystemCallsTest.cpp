@@ -107,12 +107,14 @@ TEST(SystemCalls, ReadingARecordIsOneOpenOneReadOneClose) {
   }
 }
 
-TEST(SystemCalls, ASameSizeWriteIsOneOpenOneWriteOneClose) {
+TEST(SystemCalls, ASameSizeWriteIsOneOpenOneReadOneWriteOneClose) {
   const TempDir dir;
   VKCLProfileHandler handler(AFilePath(dir.Write("p.icc", Profile({20, 140, 300, 1068, 33}))), 0);
   const CallLog log;
   EXPECT_EQ(handler.WriteVKColorParamTag(VKColorParam()), 1);
-  EXPECT_EQ(log.Kinds(), (Kinds{CallKind::Open, CallKind::Write, CallKind::Close}));
+  EXPECT_EQ(log.Kinds(),
+            (Kinds{CallKind::Open, CallKind::Read, CallKind::Write, CallKind::Close}));
+  EXPECT_EQ(log.Bytes(CallKind::Read), 1080u);
   EXPECT_EQ(log.Bytes(CallKind::Write), 1080u);
 }
 

@@ -70,6 +70,15 @@ void Record(CallKind kind, std::uint64_t offset = 0, std::uint64_t bytes = 0) {
 constexpr int kDeath = 77;
 
 // Counts a call; true when it is the one to fail.
+// What a failing call leaves for those who ask the system why.
+void SetError(bool forbidden) {
+#if defined(_WIN32)
+  ::SetLastError(forbidden ? ERROR_ACCESS_DENIED : ERROR_IO_DEVICE);
+#else
+  errno = forbidden ? EACCES : EIO;
+#endif
+}
+
 bool IsDue() {
   if (!plan.armed || plan.reached) return false;
   if (plan.left-- > 0) return false;
@@ -79,7 +88,13 @@ bool IsDue() {
     return false;
   }
   if (plan.fault == Fault::Death) std::_Exit(kDeath);
+  SetError(plan.fault == Fault::Forbidden);
   return true;
+}
+
+// Whether the call that is made now fails and does nothing.
+bool IsRefused() {
+  return IsDue() && (plan.fault == Fault::Error || plan.fault == Fault::Forbidden);
 }
 
 std::uint64_t Sum(const auto* slices, std::size_t count) {
@@ -119,7 +134,7 @@ std::int64_t Move(CallKind kind, std::uint64_t offset, const SliceType* slices, 
     const std::vector<SliceType> half = Half(slices, count);
     transfer(half.data(), half.size());
     std::_Exit(kDeath);
-  } else if (plan.fault == Fault::Error) {
+  } else if (plan.fault == Fault::Error || plan.fault == Fault::Forbidden) {
     moved = host::kFailed;
   } else {
     moved = transfer(slices, count);
@@ -186,9 +201,11 @@ namespace vkcl::host {
 using testing::CallKind;
 using testing::Fault;
 
+bool WasForbidden() noexcept { return plain_host::WasForbidden(); }
+
 Handle Open(const char* path, Access access, Creation creation) noexcept {
   testing::Record(CallKind::Open);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return kNoHandle;
+  if (testing::IsRefused()) return kNoHandle;
   const Handle handle = plain_host::Open(path, access, creation);
   if (handle != kNoHandle) ++testing::open_handles;
   return handle;
@@ -210,13 +227,13 @@ std::int64_t WriteAt(Handle handle, std::uint64_t offset, const Slice* slices,
 
 std::int64_t Length(Handle handle) noexcept {
   testing::Record(CallKind::Length);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return -1;
+  if (testing::IsRefused()) return -1;
   return plain_host::Length(handle);
 }
 
 bool SetLength(Handle handle, std::uint64_t length) noexcept {
   testing::Record(CallKind::SetLength);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsRefused()) return false;
   return plain_host::SetLength(handle, length);
 }
 
@@ -232,13 +249,13 @@ bool Close(Handle handle) noexcept {
 
 bool Remove(const char* path) noexcept {
   testing::Record(CallKind::Remove);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsRefused()) return false;
   return plain_host::Remove(path);
 }
 
 bool Sync(Handle handle) noexcept {
   testing::Record(CallKind::Sync);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsRefused()) return false;
   return plain_host::Sync(handle);
 }
 
@@ -250,31 +267,31 @@ Lock TryLock(Handle handle) noexcept {
     std::swap(action, testing::lock_action);
   }
   testing::Record(CallKind::Lock);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return Lock::Impossible;
+  if (testing::IsRefused()) return Lock::Impossible;
   return plain_host::TryLock(handle);
 }
 
 int NameCount(Handle handle) noexcept {
   testing::Record(CallKind::Look);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return -1;
+  if (testing::IsRefused()) return -1;
   return plain_host::NameCount(handle);
 }
 
 bool Rename(const char* from, const char* to) noexcept {
   testing::Record(CallKind::Rename);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsRefused()) return false;
   return plain_host::Rename(from, to);
 }
 
 void SyncFolder(const char* path) noexcept {
   testing::Record(CallKind::Sync);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return;
+  if (testing::IsRefused()) return;
   plain_host::SyncFolder(path);
 }
 
 bool CopyPermissions(const char* from, const char* to) noexcept {
   testing::Record(CallKind::Permissions);
-  if (testing::IsDue() && testing::plan.fault == Fault::Error) return false;
+  if (testing::IsRefused()) return false;
   return plain_host::CopyPermissions(from, to);
 }
 

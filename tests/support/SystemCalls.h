@@ -52,6 +52,7 @@ class CallLog {
 
 enum class Fault {
   Error,        ///< the call fails and does nothing
+  Forbidden,    ///< the same, for want of permission
   Short,        ///< a transfer moves half of its bytes and says so
   FullDisk,     ///< a write moves half of its bytes; the next write fails
   Interrupted,  ///< a transfer is interrupted before anything is moved

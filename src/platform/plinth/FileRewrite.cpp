@@ -7,6 +7,7 @@
 
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/LargeBlock.h"
+#include "platform/plinth/SiblingFile.h"
 
 namespace vkcl {
 namespace {
@@ -99,6 +100,18 @@ std::vector<Range> Joined(std::vector<Range> ranges) {
   return ranges;
 }
 
+// A transfer that fails on the way is retried a few times: half of the old bytes are worse than late
+// ones. One that moves nothing at all is given up at once.
+void PutBytesBack(AFile& file, std::uint64_t offset, const char* bytes, std::size_t size) {
+  constexpr int kTries = 4;
+  host::Slice slice = {bytes, size};
+  std::uint64_t moved = 0;
+  for (int i = 0; i < kTries && moved < size; ++i) {
+    moved += file.writeAt(offset + moved, {&slice, 1});
+    if (moved == 0) break;
+  }
+}
+
 // One rewrite of one file, from opening to closing.
 class Rewrite {
  public:
@@ -127,11 +140,12 @@ class Rewrite {
   const void* BytesOf(const FilePiece& piece) const;
   void PutBack();
 
-  const AFilePath& path_;
+  AFilePath path_;
   std::vector<FilePiece> pieces_;
   FileEnd end_;
   AFile file_;
   bool created_ = false;
+  bool isReadable_ = true;  // if not, nothing can be put back but the length
   std::uint64_t held_ = 0;  // what the pieces take the file to hold
   std::uint64_t oldLength_ = 0;
   std::uint64_t newLength_ = 0;
@@ -141,7 +155,15 @@ class Rewrite {
 
 bool Rewrite::Open(FileOrigin origin) {
   created_ = origin != FileOrigin::Existing && file_.open(path_, AFile::ReadWrite | AFile::New);
-  return created_ || (origin != FileOrigin::New && file_.open(path_, AFile::ReadWrite));
+  if (created_) return true;
+  if (origin == FileOrigin::New) return false;
+  if (file_.open(path_, AFile::ReadWrite)) return true;
+  if (origin == FileOrigin::Existing) return false;
+  isReadable_ = !host::WasForbidden();
+  if (!isReadable_) return held_ == 0 && file_.open(path_, AFile::Write);
+  path_ = BehindLinks(path_);  // a link may name a file that is yet to be made
+  created_ = file_.open(path_, AFile::ReadWrite | AFile::New);
+  return created_;
 }
 
 bool Rewrite::Plan() {
@@ -229,8 +251,7 @@ void Rewrite::PutBack() {
   if (!file_.isOpen() && !file_.open(path_, AFile::Write)) return;
   for (const Kept& kept : kept_) {
     const std::uint64_t size = kept.range.end - kept.range.begin;
-    host::Slice slice = {kept.bytes.get(), static_cast<std::size_t>(size)};
-    Overwrite(file_, kept.range.begin, {&slice, 1}, size);
+    PutBytesBack(file_, kept.range.begin, kept.bytes.get(), static_cast<std::size_t>(size));
   }
   file_.setLength(oldLength_);
   file_.close();
@@ -240,7 +261,7 @@ bool Rewrite::Run(FileOrigin origin) {
   if (!Open(origin)) return false;
   bool ready = false;
   try {
-    ready = Plan() && ReadNeeded();
+    ready = Plan() && (!isReadable_ || ReadNeeded());
   } catch (...) {
     ready = false;  // memory is short; nothing has been written
   }
@@ -254,17 +275,34 @@ bool Rewrite::Run(FileOrigin origin) {
   return false;
 }
 
+// Reads the bytes from `offset` on up to the end of the file; -1 when the file does not give what it
+// holds.
+std::int64_t ReadOld(AFile& file, std::uint64_t offset, char* old, std::size_t size) {
+  host::MutableSlice slice = {old, size};
+  const std::uint64_t got = file.readAt(offset, {&slice, 1});
+  const bool isWhole = got == size || file.length() == static_cast<std::int64_t>(offset + got);
+  return isWhole ? static_cast<std::int64_t>(got) : -1;
+}
+
 }  // namespace
 
-bool Overwrite(AFile& file, std::uint64_t offset, std::span<host::Slice> slices,
-               std::uint64_t total) {
-  constexpr int kTries = 4;
-  std::uint64_t moved = 0;
-  for (int i = 0; i < kTries && moved < total; ++i) {
-    moved += file.writeAt(offset + moved, slices);
-    if (moved == 0) break;
-  }
-  return moved == total;
+bool OverwriteFile(const AFilePath& path, std::uint64_t offset, std::span<host::Slice> slices,
+                   std::uint64_t held) {
+  std::uint64_t total = 0;
+  for (const host::Slice& slice : slices) total += slice.size;
+  const std::unique_ptr<char[]> old = NewLargeBlock(static_cast<std::size_t>(total));
+  AFile file;
+  if (!file.open(path, AFile::ReadWrite)) return false;
+  const std::int64_t got = ReadOld(file, offset, old.get(), static_cast<std::size_t>(total));
+  if (got < static_cast<std::int64_t>(held)) return false;
+  if (file.writeAt(offset, slices) == total && file.close()) return true;
+
+  if (!file.isOpen() && !file.open(path, AFile::Write)) return false;
+  const auto size = static_cast<std::size_t>(got);
+  PutBytesBack(file, offset, old.get(), size);
+  if (size < total) file.setLength(offset + size);
+  file.close();
+  return false;
 }
 
 bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,

@@ -26,7 +26,9 @@ enum class FileEnd {
 
 enum class FileOrigin {
   Existing,  ///< the file must exist
-  Any,       ///< a missing file is created
+  /// A missing file is created, also where a symbolic link names it. One that may only be written
+  /// is written; nothing of it can be put back but its length.
+  Any,
   New,       ///< the file must not exist
 };
 
@@ -44,11 +46,13 @@ enum class FileOrigin {
 bool RewriteFile(const AFilePath& path, const std::vector<FilePiece>& pieces, FileEnd end,
                  FileOrigin origin, std::uint64_t& newLength);
 
-/// Writes the slices, `total` bytes, over bytes of which there is no copy. A transfer that fails on
-/// the way is gone on with a few times, for half a write is worse than a late one; only a transfer
-/// that moved nothing at all is given up at once. True when everything was written. The entries of
-/// `slices` are changed.
-bool Overwrite(AFile& file, std::uint64_t offset, std::span<host::Slice> slices,
-               std::uint64_t total);
+/// Writes the slices over the bytes at `offset` of the file at `path`, of which it must hold `held`
+/// at least; what goes beyond its end makes it longer. One read of the old bytes, one write.
+///
+/// True when everything was written. False when the file could not be opened, lacks bytes, or a
+/// transfer or the close failed: then the old bytes and the old length are put back, as RewriteFile
+/// does. The entries of `slices` are changed. Memory: the bytes that are overwritten, once.
+bool OverwriteFile(const AFilePath& path, std::uint64_t offset, std::span<host::Slice> slices,
+                   std::uint64_t held);
 
 }  // namespace vkcl

@@ -45,6 +45,9 @@ inline constexpr std::int64_t kFailed = -1;
 /// Result of a transfer that was interrupted: nothing was moved; the call may be repeated.
 inline constexpr std::int64_t kInterrupted = -2;
 
+/// Whether the call of this thread that has just failed was refused for want of permission.
+bool WasForbidden() noexcept;
+
 /// Opens a file; kNoHandle on failure. The handle is not inherited by child processes and never
 /// waits for the other end of a pipe.
 Handle Open(const char* path, Access access, Creation creation) noexcept;

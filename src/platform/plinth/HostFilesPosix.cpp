@@ -161,6 +161,8 @@ int NameCount(Handle handle) noexcept {
   return static_cast<int>(std::min<nlink_t>(status.st_nlink, INT_MAX));
 }
 
+bool WasForbidden() noexcept { return errno == EACCES || errno == EPERM; }
+
 bool Remove(const char* path) noexcept { return ::unlink(path) == 0; }
 
 bool Rename(const char* from, const char* to) noexcept { return ::rename(from, to) == 0; }

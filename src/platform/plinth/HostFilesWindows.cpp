@@ -120,6 +120,8 @@ bool SetLength(Handle handle, std::uint64_t length) noexcept {
 
 bool Close(Handle handle) noexcept { return ::CloseHandle(Native(handle)) != 0; }
 
+bool WasForbidden() noexcept { return ::GetLastError() == ERROR_ACCESS_DENIED; }
+
 bool Remove(const char* path) noexcept {
   try {
     return ::DeleteFileW(Wide(path).c_str()) != 0;

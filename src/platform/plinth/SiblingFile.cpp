@@ -20,19 +20,6 @@ constexpr std::size_t kHash = 16;
 constexpr int kTries = 100;     // many may clear up at the same time
 constexpr int kMostLinks = 40;  // as many as the systems follow
 
-// The path behind symbolic links, also when the last one names nothing yet. Empty for a circle.
-AFilePath BehindLinks(const AFilePath& path) {
-  fs::path place = host::SystemPath(path.str());
-  std::error_code error;
-  for (int i = 0; i <= kMostLinks; ++i) {
-    if (!fs::is_symlink(place, error)) return host::NarrowPath(place);
-    const fs::path named = fs::read_symlink(place, error);
-    if (error) return {};
-    place = place.parent_path() / named;
-  }
-  return {};
-}
-
 enum class Place { Free, Taken, Refused };
 
 Place Look(const AFilePath& path) {
@@ -77,6 +64,18 @@ bool IsOurs(std::string_view name) {
 }
 
 }  // namespace
+
+AFilePath BehindLinks(const AFilePath& path) {
+  fs::path place = host::SystemPath(path.str());
+  std::error_code error;
+  for (int i = 0; i <= kMostLinks; ++i) {
+    if (!fs::is_symlink(place, error)) return host::NarrowPath(place);
+    const fs::path named = fs::read_symlink(place, error);
+    if (error) return {};
+    place = place.parent_path() / named;
+  }
+  return {};
+}
 
 SiblingFile::SiblingFile(const AFilePath& place) : place_(BehindLinks(place)) {
   const Place found = place_.str().empty() ? Place::Refused : Look(place_);

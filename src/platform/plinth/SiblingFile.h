@@ -8,6 +8,9 @@
 
 namespace vkcl {
 
+/// The path behind symbolic links, also when the last one names nothing yet; empty for a circle.
+AFilePath BehindLinks(const AFilePath& path);
+
 /// Created empty in the folder of the file at `place`, through symbolic links, with the permissions
 /// of the file there, and owner and group where that is allowed (on Windows those of the folder);
 /// removed with the object unless it took the place. Whoever opens the place, at any moment and
