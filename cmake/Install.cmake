@@ -29,8 +29,8 @@ set(vkcl_internal_headers
     platform/plinth/NumberText.h platform/plinth/SiblingFile.h
     platform/plinth/Utf8.h platform/plinth/WholeFile.h privatetags/PayloadCursor.h
     platform/plinth/LargeBlock.h platform/profiler/ContextMemory.h platform/profiler/DictionaryCheck.h
-    platform/profiler/ProfileSource.h
-    platform/profiler/ProfilerObjects.h vsd/VSDElements.h)
+    platform/profiler/MetaElement.h
+    platform/profiler/ProfilerObjects.h profile/TableInFile.h vsd/VSDElements.h)
 file(GLOB_RECURSE vkcl_headers RELATIVE "${PROJECT_SOURCE_DIR}/src" CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/src/*.h")
 list(REMOVE_ITEM vkcl_headers ${vkcl_internal_headers})

@@ -12,15 +12,12 @@
 #include "platform/plinth/ReplaceFile.h"
 #include "platform/plinth/SiblingFile.h"
 #include "platform/plinth/WholeFile.h"
+#include "profile/TableInFile.h"
 #include "profile/TableLayout.h"
 #include "profile/TagLayout.h"
 
 namespace vkcl {
 namespace {
-
-std::span<const icTag> TableOf(const VKCLProfile& profile) {
-  return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
-}
 
 bool IsPrivate(const icTag& tag) { return IsPrivateSignature(tag.sig); }
 
@@ -32,7 +29,7 @@ bool LiesInOrder(std::span<const icTag> table) {
 }
 
 bool SuitsAnyWork(const VKCLProfile& profile) {
-  const std::span<const icTag> table = TableOf(profile);
+  const std::vector<icTag> table = TableInFile(profile).tags;
   if (!TagDataSuitAppending(profile)) return false;
   // Looking at each tag among all others takes long with many tags.
   return LiesInOrder(table) || std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
@@ -57,7 +54,7 @@ bool SameBytes(const FileContent& a, const FileContent& b) {
 
 // Whether the table in the file is the one that was loaded, so that the content belongs to it.
 bool HoldsTable(const FileContent& file, const VKCLProfile& profile) {
-  const std::span<const icTag> table = TableOf(profile);
+  const std::vector<icTag> table = TableInFile(profile).tags;
   if (TableEnd(table.size()) > file.size) return false;
   const char* entry = file.bytes.get() + kTableStart;
   bool same = LoadBig32(entry - 4) == table.size();
@@ -87,10 +84,10 @@ std::span<const char> BytesOf(const icTag& tag, const FileContent& file) {
 // The bytes of the tags that an edit leaves alone, by table order.
 bool SameStandardTags(const VKCLProfile& before, const FileContent& oldFile,
                       const VKCLProfile& after, const FileContent& newFile) {
-  const std::span<const icTag> table = TableOf(after);
+  const std::vector<icTag> table = TableInFile(after).tags;
   auto next = table.begin();
   const auto skipPrivate = [&] { next = std::find_if_not(next, table.end(), IsPrivate); };
-  for (const icTag& tag : TableOf(before)) {
+  for (const icTag& tag : TableInFile(before).tags) {
     if (IsPrivate(tag)) continue;
     skipPrivate();
     if (next == table.end() || next->sig != tag.sig || next->size != tag.size) return false;
@@ -107,7 +104,7 @@ bool SameStandardTags(const VKCLProfile& before, const FileContent& oldFile,
 
 // Whether every private tag is wholly in the file.
 bool HoldsPrivateTags(const VKCLProfile& profile, const FileContent& file) {
-  const std::span<const icTag> table = TableOf(profile);
+  const std::vector<icTag> table = TableInFile(profile).tags;
   return std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
     return !IsPrivate(tag) || std::uint64_t{tag.offset} + tag.size <= file.size;
   });
@@ -202,9 +199,9 @@ bool ProfileEdit::StoreTags(std::span<const TagChange> changes) noexcept {
     const VKCLProfile after(work.copy->path(), work.before.channelCount);
     if (!work.copy->file().setLength(after.header.size)) return false;
     handler_ = std::make_unique<VKCLProfileHandler>(work.copy->path(), work.before.channelCount);
+    arranged_ = arranged_ || !SuitsAnyWork(work.before);
     return handler_->IsICCFile() != 0;
   });
-  arranged_ = arranged_ || !SuitsAnyWork(work_->before);
   if (stored) return true;
   state_ = EditState::NoCopy;
   handler_.reset();

@@ -4,7 +4,6 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "inspect/RecordDiff.h"
@@ -13,6 +12,7 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/HexText.h"
 #include "profile/SignatureText.h"
+#include "profile/TableInFile.h"
 
 namespace vkcl {
 namespace {
@@ -83,7 +83,7 @@ struct Entry {
 // One of the two profiles.
 class Side {
  public:
-  explicit Side(const VKCLProfile& profile) {
+  explicit Side(const VKCLProfile& profile) : table_(TableInFile(profile).tags) {
     if (profile.isValidICC() == 0 || !file_.open(profile.filePath, AFile::Read)) return;
     good_ = file_.read(header_.data(), header_.size()) == header_.size();
     bool isRead = false;
@@ -94,7 +94,7 @@ class Side {
       private_.emplace(name, tag);
     }
     std::map<std::uint32_t, std::uint32_t> seen;
-    for (const icTag& tag : std::span(profile.tagTable, profile.tagCount)) {
+    for (const icTag& tag : table_) {
       const std::uint32_t occurrence = ++seen[tag.sig];
       entries_.push_back({StoredTagName(tag.sig, occurrence), &tag});
     }
@@ -131,6 +131,7 @@ class Side {
   }
 
  private:
+  std::vector<icTag> table_;
   AFile file_;
   bool good_ = false;
   std::uint64_t length_ = 0;

@@ -6,6 +6,7 @@
 #include "inspect/DocumentForms.h"
 #include "inspect/PrintableText.h"
 #include "platform/Guarded.h"
+#include "profile/TableInFile.h"
 
 namespace vkcl {
 namespace {
@@ -64,7 +65,7 @@ bool ShowTag(const StoredTag& stored, AFile& file, DocumentWriter& writer) {
 bool Write(const VKCLProfile& profile, const std::vector<std::string>& only, DocumentWriter& writer,
            const SinkBuffer& out, std::string& why) {
   AFile file;
-  bool good = profile.tagTable != nullptr && file.open(profile.filePath, AFile::Read);
+  bool good = TableInFile(profile).isWhole && file.open(profile.filePath, AFile::Read);
   std::vector<StoredTag> tags;
   if (good) tags = StoredTagsOf(profile, file, &good);
   if (!good) {

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <span>
 #include <unordered_map>
 
 #include "platform/Bytes.h"
 #include "platform/plinth/HexText.h"
+#include "profile/TableInFile.h"
 #include "profile/TableLayout.h"
 
 namespace vkcl {
@@ -42,8 +42,7 @@ std::vector<StoredTag> StoredTagsOf(const VKCLProfile& profile, AFile& file, boo
   bool readable = told >= 0;
   std::unordered_map<std::uint32_t, std::uint32_t> seen;
   std::vector<StoredTag> tags;
-  const std::uint32_t count = profile.tagTable != nullptr ? profile.tagCount : 0;
-  for (const icTag& entry : std::span(profile.tagTable, count)) {
+  for (const icTag& entry : TableInFile(profile).tags) {
     if (!IsPrivateSignature(entry.sig)) continue;
     StoredTag tag;
     tag.signature = entry.sig;

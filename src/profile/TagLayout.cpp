@@ -13,14 +13,11 @@
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/WholeFile.h"
 #include "privatetags/ParameterRecords.h"
+#include "profile/TableInFile.h"
 #include "profile/TableLayout.h"
 
 namespace vkcl {
 namespace {
-
-std::span<const icTag> TableOf(const VKCLProfile& profile) {
-  return {profile.tagTable, profile.tagTable != nullptr ? profile.tagCount : 0};
-}
 
 std::uint64_t RegionStart(std::span<const icTag> table) { return TableEnd(table.size()); }
 
@@ -29,9 +26,9 @@ std::uint64_t EndOf(const icTag& tag) { return std::uint64_t{tag.offset} + tag.s
 std::uint64_t PaddedEndOf(const icTag& tag) { return std::uint64_t{tag.offset} + PadTo4(tag.size); }
 
 // Header size, file and tags agree on where the profile ends, and the end is padded.
-bool EndsAgree(const VKCLProfile& profile, std::uint64_t fileLength) {
-  const std::uint64_t size = profile.header.size;
-  const std::span<const icTag> table = TableOf(profile);
+bool EndsAgree(const TableInFile& stored, std::uint64_t fileLength) {
+  const std::uint64_t size = stored.size;
+  const std::span<const icTag> table = stored.tags;
   return size == fileLength && size % 4 == 0 && size >= RegionStart(table) &&
          std::all_of(table.begin(), table.end(), [&](const icTag& tag) {
            return tag.offset >= RegionStart(table) && EndOf(tag) <= size;
@@ -70,7 +67,7 @@ struct Piece {
 
 std::vector<Piece> PiecesOf(const VKCLProfile& profile, const FileContent& source) {
   std::vector<Piece> pieces;
-  for (const icTag& tag : TableOf(profile)) {
+  for (const icTag& tag : TableInFile(profile).tags) {
     const bool isWhole = EndOf(tag) <= source.size;
     pieces.push_back(
         {tag.sig,
@@ -182,25 +179,31 @@ std::uint64_t LengthOf(const AFilePath& path) {
 bool TagDataSuitWriting(const VKCLProfile& profile, VKPrivateTagSignature sig,
                         unsigned long length) {
   if (profile.isValidICC() == 0 || length > UINT32_MAX - kDataHead) return false;
-  const std::span<const icTag> table = TableOf(profile);
-  if (!EndsAgree(profile, LengthOf(profile.filePath))) return false;
-  const auto found = std::find_if(table.begin(), table.end(), [&](const icTag& tag) {
-    return static_cast<std::uint32_t>(tag.sig) == static_cast<std::uint32_t>(sig);
+  return Guarded([&] {
+    const TableInFile stored(profile);
+    const std::span<const icTag> table = stored.tags;
+    if (!EndsAgree(stored, LengthOf(profile.filePath))) return false;
+    const auto found = std::find_if(table.begin(), table.end(), [&](const icTag& tag) {
+      return static_cast<std::uint32_t>(tag.sig) == static_cast<std::uint32_t>(sig);
+    });
+    if (found == table.end()) {
+      return table.empty() || table.front().offset == RegionStart(table);
+    }
+    const auto index = static_cast<std::size_t>(found - table.begin());
+    if (!OwnsBlock(table, index)) return false;
+    return found->size == length + kDataHead || CanBeRebuiltFrom(table, index, stored.size);
   });
-  if (found == table.end()) {
-    return table.empty() || table.front().offset == RegionStart(table);
-  }
-  const auto index = static_cast<std::size_t>(found - table.begin());
-  if (!OwnsBlock(table, index)) return false;
-  return found->size == length + kDataHead || CanBeRebuiltFrom(table, index, profile.header.size);
 }
 
 bool TagDataSuitAppending(const VKCLProfile& profile) {
   if (profile.isValidICC() == 0) return false;
-  const std::span<const icTag> table = TableOf(profile);
-  if (!EndsAgree(profile, LengthOf(profile.filePath))) return false;
-  return table.empty() || (table.front().offset == RegionStart(table) &&
-                           PaddedEndOf(table.back()) == profile.header.size);
+  return Guarded([&] {
+    const TableInFile stored(profile);
+    const std::span<const icTag> table = stored.tags;
+    if (!EndsAgree(stored, LengthOf(profile.filePath))) return false;
+    return table.empty() || (table.front().offset == RegionStart(table) &&
+                             PaddedEndOf(table.back()) == stored.size);
+  });
 }
 
 bool WriteArranged(const VKCLProfile& profile, AFile& to) {
@@ -213,7 +216,7 @@ bool WriteChanged(const VKCLProfile& profile, std::span<const TagChange> changes
 
 bool WriteTags(const VKCLProfile& profile, std::span<const TagChange> changes, TagBlocks blocks,
                AFile& to) {
-  if (profile.isValidICC() == 0 || profile.tagTable == nullptr) return false;
+  if (profile.isValidICC() == 0) return false;
   return Guarded([&] {
     const FileContent source = ReadWholeFile(profile.filePath);
     if (!source.bytes) return false;

@@ -37,6 +37,7 @@ namespace vkcl {
 struct FilePiece;
 struct ProfileIdentity;
 struct ProfilePeer;
+struct TableInFile;
 struct TagChange;
 /// Whether tags that share their data get a copy each in a file that is written anew.
 enum class TagBlocks : bool {
@@ -151,6 +152,7 @@ class VKCL_API VKCLProfile {
 
  private:
   friend struct vkcl::ProfilePeer;
+  friend struct vkcl::TableInFile;
   friend bool vkcl::WriteTags(const VKCLProfile& profile, std::span<const vkcl::TagChange> changes,
                               vkcl::TagBlocks blocks, AFile& to);
   friend bool vkcl::IdentifyProfile(const AFilePath& path, int channelCount,
@@ -189,7 +191,7 @@ class VKCL_API VKCLProfile {
   int CreateDummyICC(icTag* tag, const void* data);
   bool IsProfileNow() const;
   static icHeader DummyHeader(int channels, std::uint32_t tagSize);
-  bool TableInFile(std::vector<icTag>& table) const;
+  icTag EntryInFile(std::uint32_t index) const;
   bool RewritableTable(std::vector<icTag>& table) const;
   static std::vector<char> BuildHead(const icHeader& newHeader, const std::vector<icTag>& table);
   int Rewrite(const std::vector<vkcl::FilePiece>& body, bool cut, std::uint64_t newSize,
@@ -197,10 +199,12 @@ class VKCL_API VKCLProfile {
   static void WriteTagTable(void** cursor, const icTag* tags, unsigned long count);
   static void WriteTagTableEntry(void* dest, const icTag* tag);
 
-  // The header's size as it stands in the file; writers lay out by it.
+  // Whether the table was read whole. If not, it is as the file has it, and nothing is found in it.
+  bool tableIsWhole_ = false;
+  // The header's size as it stands in the file.
   std::uint32_t sizeInFile_ = 0;
   // Length of the file when it was last opened as a whole: loaded or rewritten.
   std::uint64_t fileLength_ = 0;
-  // Entries whose size in the table is that of an update that failed, with their size in the file.
+  // The entries whose size in the table is that of an update that failed: index, size in the file.
   std::vector<std::pair<std::uint32_t, std::uint32_t>> sizesInFile_;
 };

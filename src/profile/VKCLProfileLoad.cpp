@@ -99,13 +99,13 @@ void VKCLProfile::Load(AFile& file) {
   const std::size_t known = std::min(size, got - kTableStart);
   auto* table = reinterpret_cast<std::uint8_t*>(tagTable);
   std::memcpy(table, start.data() + kTableStart, known);
-  bool whole = true;
   if (known < size) {
-    whole = got == kFirstRead && file.seek(kFirstRead) &&
-            file.read(table + known, size - known) == size - known;
+    const bool whole = got == kFirstRead && file.seek(kFirstRead) &&
+                       file.read(table + known, size - known) == size - known;
+    if (!whole) return;
   }
   ToHostOrder(tagTable, tagCount);
-  if (!whole) return;
+  tableIsWhole_ = true;
   valid = 1;
   if (channelCount == 0) {
     channelCount = ChannelsOf(header.colorSpace);
@@ -153,6 +153,7 @@ void VKCLProfile::CopyFrom(const VKCLProfile& other) {
   channelCount = other.channelCount;
   header = other.header;
   tagCount = other.tagCount;
+  tableIsWhole_ = other.tableIsWhole_;
   sizeInFile_ = other.sizeInFile_;
   fileLength_ = other.fileLength_;
 }
@@ -169,7 +170,7 @@ int VKCLProfile::isValidOutputICC() const {
 }
 
 const icTag* VKCLProfile::FindTag(std::uint32_t sig) const {
-  if (tagTable == nullptr) return nullptr;
+  if (!tableIsWhole_) return nullptr;
   const icTag* first = tagTable;
   const icTag* end = first + tagCount;
   const icTag* found = std::find_if(first, end, [&](const icTag& tag) { return tag.sig == sig; });

@@ -8,6 +8,7 @@
 #include "platform/Guarded.h"
 #include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/WholeFile.h"
+#include "profile/TableInFile.h"
 #include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
@@ -77,11 +78,10 @@ void AppendStored(std::vector<FilePiece>& pieces, const icTag& tag, std::uint64_
 
 // The entries whose signature is a private one, or those whose is not, in table order.
 std::vector<icTag> VKCLProfile::SelectTags(bool isPrivate) const {
-  std::vector<icTag> table;
-  std::vector<icTag> selected;
-  if (!TableInFile(table)) return selected;
-  std::copy_if(table.begin(), table.end(), std::back_inserter(selected),
-               [&](const icTag& tag) { return (isVKCLPrivateTag(tag.sig) != 0) == isPrivate; });
+  std::vector<icTag> selected = vkcl::TableInFile(*this).tags;
+  std::erase_if(selected, [&](const icTag& tag) {
+    return (isVKCLPrivateTag(tag.sig) != 0) != isPrivate;
+  });
   return selected;
 }
 

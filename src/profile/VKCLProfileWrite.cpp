@@ -21,6 +21,7 @@
 #include "platform/plinth/AFile.h"
 #include "platform/plinth/ATime.h"
 #include "platform/plinth/FileRewrite.h"
+#include "profile/TableInFile.h"
 #include "profile/TableLayout.h"
 #include "profile/VKCLProfile.h"
 
@@ -127,19 +128,26 @@ std::vector<char> VKCLProfile::BuildHead(const icHeader& newHeader,
   return head;
 }
 
-// The table with the sizes that the file has, also after an update that failed. False without one.
-bool VKCLProfile::TableInFile(std::vector<icTag>& table) const {
-  if (tagTable == nullptr) return false;
-  table.assign(tagTable, tagTable + tagCount);
-  for (const auto& [index, size] : sizesInFile_) {
-    if (index < tagCount) table[index].size = size;
+icTag VKCLProfile::EntryInFile(std::uint32_t index) const {
+  icTag entry = tagTable[index];
+  for (const auto& [failed, size] : sizesInFile_) {
+    if (failed == index) entry.size = size;
   }
-  return true;
+  return entry;
 }
 
-// The same, of a profile that can be rewritten: the header's size leaves room for the table.
+vkcl::TableInFile::TableInFile(const VKCLProfile& profile)
+    : isWhole(profile.tableIsWhole_), size(profile.sizeInFile_) {
+  if (!isWhole) return;
+  tags.assign(profile.tagTable, profile.tagTable + profile.tagCount);
+  for (const auto& [index, sizeInFile] : profile.sizesInFile_) tags[index].size = sizeInFile;
+}
+
+// The table of a profile that can be rewritten: the header's size leaves room for it.
 bool VKCLProfile::RewritableTable(std::vector<icTag>& table) const {
-  return TableInFile(table) && sizeInFile_ >= TableEnd(tagCount);
+  vkcl::TableInFile stored(*this);
+  table = std::move(stored.tags);
+  return stored.isWhole && stored.size >= TableEnd(table.size());
 }
 
 // Applies the pieces behind a head that is built here, and then brings the object up to date.
@@ -188,22 +196,22 @@ int VKCLProfile::WriteVKPrivateTag(const VKPrivateTag* tag) {
 int VKCLProfile::UpdateVKPrivateTag(int index, const void* data, unsigned long length) {
   const auto position = static_cast<std::uint32_t>(index);
   const auto newSize = static_cast<std::uint32_t>(length) + kDataHead;
-  const bool sizeIsStored =
-      std::none_of(sizesInFile_.begin(), sizesInFile_.end(),
-                   [&](const auto& failed) { return failed.first == position; });
-  icTag& entry = tagTable[position];
-  if (entry.size == newSize && sizeIsStored) return OverwriteTag(entry, data);
-
-  // From here on the object tells the new size, also when the update fails: a deliberate
-  // asymmetry. The size in the file is remembered, so that a later write is laid out by it.
-  if (sizeIsStored) sizesInFile_.emplace_back(position, entry.size);
-  entry.size = newSize;
+  const icTag stored = EntryInFile(position);
+  std::uint32_t& reported = tagTable[position].size;
+  if (stored.size == newSize) {
+    if (OverwriteTag(stored, data) == 0) return 0;
+    reported = newSize;  // an earlier update may have failed
+    std::erase_if(sizesInFile_, [&](const auto& failed) { return failed.first == position; });
+    return 1;
+  }
+  // From here on the object reports the new size, also when the update fails: a deliberate
+  // asymmetry. The size in the file is remembered.
+  if (reported == stored.size) sizesInFile_.emplace_back(position, stored.size);
+  reported = newSize;
   return RebuildFrom(position, data, static_cast<std::uint32_t>(length));
 }
 
-// Puts a payload of the same length in the place of the old one. A write that fails leaves the
-// old bytes; only a medium that dies in the middle of it, and stays dead, can leave a mixture, for
-// nothing is read here that could be put back.
+// Puts a payload of the same length in the place of the old one.
 int VKCLProfile::OverwriteTag(const icTag& entry, const void* data) {
   if (entry.offset < TableEnd(tagCount) || !FileHolds(entry)) return 0;
   std::vector<FilePiece> pieces;
@@ -359,6 +367,7 @@ int VKCLProfile::CreateDummyICC(icTag* tag, const void* data) {
   sizeInFile_ = made.size;
   fileLength_ = newLength;
   sizesInFile_.clear();
+  tableIsWhole_ = true;
   valid = 1;
   return 1;
 }

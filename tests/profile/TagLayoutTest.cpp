@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <string>
 
+#include "profile/TableInFile.h"
+#include "support/ImageBuilder.h"
+#include "support/SystemCalls.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -185,6 +188,121 @@ TEST(TagLayout, ArrangingRefusesAndLeavesNothing) {
   const VKCLProfile profile{AFilePath(path), 4};
   EXPECT_FALSE(ArrangeTagData(profile, AFilePath(path)));  // exists
   EXPECT_EQ(ReadFile(path), bytes);
+}
+
+// After an update that failed the object reports the new size, and the file has the old one.
+// Whatever lays out or judges goes by the file.
+
+using vkcl::TagDataSuitAppending;
+using vkcl::testing::CallKind;
+using vkcl::testing::CallLog;
+using vkcl::testing::Fault;
+using vkcl::testing::FaultAt;
+using vkcl::testing::Pattern;
+using vkcl::testing::SameBytes;
+using vkcl::testing::Slice;
+
+constexpr auto kLimits = static_cast<icTagSignature>(QX51);
+
+// Fails to store a payload of that length.
+void FailToStore(VKCLProfile& profile, VKPrivateTagSignature sig, std::size_t length) {
+  const Bytes payload = Pattern(length, 3);
+  const FaultAt at(0, Fault::Error);
+  ASSERT_EQ(profile.WriteVKPrivateTag(sig, payload.data(), length), 0);
+}
+
+TEST(TagLayout, ASecondTryIsJudgedByTheSizeInTheFile) {
+  // The last of the table, but not of the file: only a write of the same length leaves "cccc" whole.
+  const Bytes bytes = Profile({{"aaaa", 168, 20}, {"cccc", 208, 32}, {"QX51", 188, 20}}, 240);
+  const TempDir dir;
+  VKCLProfile profile(AFilePath(dir.Write("p.icc", bytes)), 4);
+  ASSERT_FALSE(TagDataSuitWriting(profile, QX51, 20));
+  FailToStore(profile, QX51, 20);
+  ASSERT_EQ(profile.GetTagSize(kLimits), 32u);
+  EXPECT_FALSE(TagDataSuitWriting(profile, QX51, 20));  // would rebuild
+  EXPECT_TRUE(TagDataSuitWriting(profile, QX51, 8));    // in place
+}
+
+TEST(TagLayout, AnEndThatOnlyTheObjectReportsForbidsNothing) {
+  const TempDir dir;
+  VKCLProfile profile(AFilePath(dir.Write("p.icc", Profile(kOrdered, 236))), 4);
+  FailToStore(profile, static_cast<VKPrivateTagSignature>(vkcl::testing::Sig("cccc")), 4000);
+  EXPECT_TRUE(TagDataSuitAppending(profile));
+  EXPECT_TRUE(TagDataSuitWriting(profile, QX51, 9));
+  EXPECT_TRUE(TagDataSuitWriting(profile, QX60, 9));
+}
+
+TEST(TagLayout, ASecondTryOfTheStoredLengthIsWrittenInPlace) {
+  Bytes expected = Profile({{"aaaa", 168, 20}, {"cccc", 208, 32}, {"QX51", 188, 20}}, 240);
+  const TempDir dir;
+  const std::string path = dir.Write("p.icc", expected);
+  VKCLProfile profile{AFilePath(path), 4};
+  FailToStore(profile, QX51, 20);
+  const Bytes payload = Pattern(8, 5);
+  {
+    const CallLog log;
+    ASSERT_EQ(profile.WriteVKPrivateTag(QX51, payload.data(), 8), 1);
+    EXPECT_EQ(log.Kinds(), (std::vector<CallKind>{CallKind::Open, CallKind::Read, CallKind::Write,
+                                                  CallKind::Close}));
+  }
+  const Bytes element = vkcl::testing::DataTag(payload);
+  std::copy(element.begin(), element.end(), expected.begin() + 188);
+  EXPECT_TRUE(SameBytes(ReadFile(path), expected));
+  EXPECT_EQ(profile.GetTagSize(kLimits), 20u);  // the object reports what the file has again
+  EXPECT_TRUE(TagDataSuitWriting(profile, QX51, 8));
+  EXPECT_FALSE(TagDataSuitWriting(profile, QX51, 20));
+}
+
+// A shorter size that only the object reports loses no byte of a copy, a longer one adds none.
+TEST(TagLayout, CopiesHoldWhatTheFileHolds) {
+  for (const std::size_t length : {8u, 60u}) {
+    const Bytes bytes = Profile({{"aaaa", 168, 20}, {"QX51", 188, 32}, {"cccc", 220, 32}}, 252);
+    const TempDir dir;
+    VKCLProfile profile(AFilePath(dir.Write("p.icc", bytes)), 4);
+    FailToStore(profile, QX51, length);
+    ASSERT_TRUE(ArrangeTagData(profile, AFilePath(dir.File("arranged.icc"))));
+    EXPECT_TRUE(SameBytes(ReadFile(dir.File("arranged.icc")), bytes));
+
+    AFile changed;
+    ASSERT_TRUE(changed.open(AFilePath(dir.File("changed.icc")), AFile::Write | AFile::New));
+    ASSERT_TRUE(vkcl::WriteChanged(profile, {}, changed));
+    EXPECT_TRUE(changed.close());
+    EXPECT_TRUE(SameBytes(ReadFile(dir.File("changed.icc")), bytes));
+
+    const vkcl::TableInFile stored(profile);
+    EXPECT_TRUE(stored.isWhole);
+    EXPECT_EQ(stored.size, 252u);
+    ASSERT_EQ(stored.tags.size(), 3u);
+    EXPECT_EQ(stored.tags[1].size, 32u);
+    EXPECT_EQ(profile.GetTagSize(kLimits), length + 12);
+  }
+}
+
+// A merge sets the size that the source reports to that of the target's file, and leaves the one
+// that the target reports.
+TEST(TagLayout, BothSidesOfAMergeAreJudgedByTheirFiles) {
+  const TempDir dir;
+  const Bytes own = Profile({{"QX51", 156, 20}, {"QX53", 176, 16}}, 192);
+  VKCLProfile source(AFilePath(dir.Write("own.icc", own)), 4);
+  VKCLProfile target(AFilePath(dir.Write("p.icc", Profile({{"aaaa", 144, 20}}, 164))), 4);
+  ASSERT_EQ(source.MergeVKPrivateTagIntoStandICC(target), 1);
+  ASSERT_EQ(source.header.size, 224u);
+  ASSERT_EQ(target.header.size, 164u);
+  EXPECT_EQ(vkcl::TableInFile(source).size, 192u);
+  EXPECT_EQ(vkcl::TableInFile(target).size, 224u);
+  for (const VKCLProfile* profile : {&source, &target}) {
+    EXPECT_TRUE(TagDataSuitAppending(*profile));
+    EXPECT_TRUE(TagDataSuitWriting(*profile, QX51, 99));
+    EXPECT_TRUE(TagDataSuitWriting(*profile, QX60, 99));
+  }
+}
+
+TEST(TagLayout, AnObjectWithoutATableHasNoneInItsFile) {
+  const TempDir dir;
+  const vkcl::TableInFile stored(VKCLProfile(AFilePath(dir.Write("no.icc", {1, 2, 3})), 4));
+  EXPECT_FALSE(stored.isWhole);
+  EXPECT_EQ(stored.size, 0u);
+  EXPECT_TRUE(stored.tags.empty());
 }
 
 }  // namespace

@@ -270,6 +270,76 @@ TEST(VKCLProfileLoad, ACountThatTheFileCannotHoldIsInvalid) {
   }
 }
 
+TEST(VKCLProfileLoad, AnImplausibleCountIsKept) {
+  const TempDir dir;
+  Bytes image = ThreeTags();
+  const auto most = static_cast<std::uint32_t>(image.size() / 12);
+  for (const std::uint32_t count : {most + 1, 0x40000000u, 0xFFFFFFFFu}) {
+    SetBig32(image, 128, count);
+    const VKCLProfile profile(dir.Write("a.icc", image), 0);
+    EXPECT_EQ(profile.isValidICC(), 0);
+    EXPECT_EQ(profile.tagCount, count);
+    EXPECT_EQ(profile.tagTable, nullptr);
+    unsigned long index = 77;
+    EXPECT_EQ(ProfilePeer::GetTagIndex(profile, Sig("QX51"), index), 0);
+    EXPECT_EQ(index, 77u);
+    EXPECT_EQ(profile.header.magic, Sig("acsp"));
+  }
+}
+
+// The object keeps the table as it was read, and finds nothing in it: neither the signatures that
+// the file has, nor those that the same bytes would be in the host's order, nor the zeros behind.
+TEST(VKCLProfileLoad, ATableCutShortIsKeptAsItIsAndNothingIsFoundInIt) {
+  const TempDir dir;
+  const Bytes whole = ThreeTags();
+  for (const std::size_t length : {144u, 150u, 156u, 167u}) {
+    const std::string path = dir.Write("a.icc", Slice(whole, 0, length));
+    const VKCLProfile loaded(path, 4);
+    const VKCLProfile copied(loaded);
+    VKCLProfile assigned(dir.Write("b.icc", whole), 0);
+    assigned = loaded;
+    for (const VKCLProfile* profile : {&loaded, &copied, const_cast<const VKCLProfile*>(&assigned)}) {
+      EXPECT_EQ(profile->isValidICC(), 0);
+      EXPECT_EQ(profile->tagCount, 3u);
+      ASSERT_NE(profile->tagTable, nullptr);
+      Bytes table(36);
+      std::copy(whole.begin() + 132, whole.begin() + static_cast<std::ptrdiff_t>(length),
+                table.begin());
+      EXPECT_EQ(std::memcmp(profile->tagTable, table.data(), table.size()), 0) << length;
+      for (const std::uint32_t sig :
+           {Sig("QX51"), Sig("desc"), Sig("QX53"), Sig("15XQ"), Sig("csed"), 0u}) {
+        EXPECT_EQ(profile->GetTagSize(Tag(sig)), 0u) << length;
+        unsigned long index = 77;
+        EXPECT_EQ(ProfilePeer::GetTagIndex(*profile, sig, index), 0);
+        EXPECT_EQ(index, 3u);  // where a new entry would go
+        char byte = 9;
+        unsigned long size = 9;
+        EXPECT_EQ(profile->ReadVKPrivateTag(static_cast<VKPrivateTagSignature>(sig), &byte, &size),
+                  0);
+        EXPECT_EQ(byte, 9);
+      }
+      EXPECT_EQ(profile->isVKCLProfile(), 0);
+    }
+  }
+}
+
+// The header of an object that is not valid is copied like any other.
+TEST(VKCLProfileLoad, ACopyOfAnInvalidObjectHasItsHeader) {
+  const TempDir dir;
+  Bytes image = ThreeTags();
+  image[36] = 'x';
+  const VKCLProfile invalid(dir.Write("a.icc", image), 0);
+  ASSERT_EQ(invalid.isValidICC(), 0);
+  const VKCLProfile copy(invalid);
+  EXPECT_EQ(std::memcmp(&copy.header, &invalid.header, 128), 0);
+  VKCLProfile assigned(dir.Write("b.icc", ThreeTags()), 0);
+  assigned = invalid;
+  EXPECT_EQ(std::memcmp(&assigned.header, &invalid.header, 128), 0);
+  EXPECT_EQ(assigned.header.creator, Sig("crea"));
+  EXPECT_EQ(std::memcmp(assigned.header.reserved, image.data() + 84, 44), 0);
+  EXPECT_EQ(assigned.tagCount, 0u);
+}
+
 TEST(VKCLProfileLoad, ATableThatEndsWithTheFileIsWhole) {
   const TempDir dir;
   const Bytes image =
@@ -454,6 +524,14 @@ TEST(VKCLProfileLoad, AFolderNamedTmpDoesNotMakeItsFilesTemporary) {
   const std::string path = dir.Write("x.tmp/profile", ThreeTags());
   { const VKCLProfile profile(path, 0); }
   EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+TEST(VKCLProfileLoad, AFolderIsNotRemovedWhateverItsName) {
+  const TempDir dir;
+  const auto folder = dir.path() / "empty.tmp";
+  std::filesystem::create_directory(folder);
+  { const VKCLProfile profile(AFilePath(folder.string()), 0); }
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
 }
 
 TEST(VKCLProfileLoad, RemovesATemporaryFileThatIsNoProfile) {

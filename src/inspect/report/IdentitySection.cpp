@@ -41,8 +41,7 @@ std::string Signature(std::uint32_t signature) {
 }
 
 void WriteTextTag(HtmlWriter& out, const ShownFile& file, const char* label, std::uint32_t sig) {
-  const VKCLProfile& profile = file.profile();
-  const std::span<const icTag> table(profile.tagTable, profile.tagCount);
+  const std::vector<icTag>& table = file.table();
   const auto found =
       std::find_if(table.begin(), table.end(), [&](const icTag& tag) { return tag.sig == sig; });
   if (found == table.end()) return;
@@ -149,7 +148,7 @@ void WriteIdentity(HtmlWriter& out, const ShownFile& file) {
   WriteFact(out, "Platform", Isolated{Signature(header.platform)});
   WriteFact(out, "Manufacturer, model", Isolated{Signature(header.manufacturer)}, ", ",
             Isolated{Signature(header.model)});
-  WriteFact(out, "Tags", ShownCount(file.profile().tagCount), ", ",
+  WriteFact(out, "Tags", ShownCount(file.table().size()), ", ",
             ShownCount(file.privateTags().size()), " of them private");
   WriteTextTag(out, file, "Copyright", icSignature("cprt"));
   WriteFact(out, "File", Isolated{file.path().str()});

@@ -26,8 +26,7 @@ struct Patches {
 };
 
 const icTag* FindTarget(const ShownFile& file) {
-  const VKCLProfile& profile = file.profile();
-  const std::span<const icTag> table(profile.tagTable, profile.tagCount);
+  const std::vector<icTag>& table = file.table();
   const auto found = std::find_if(table.begin(), table.end(),
                                   [](const icTag& tag) { return tag.sig == icSigCharTargetTag; });
   return found == table.end() ? nullptr : &*found;

@@ -7,6 +7,7 @@
 #include "platform/Bytes.h"
 #include "platform/plinth/TextEncoding.h"
 #include "platform/plinth/Utf8.h"  // IWYU pragma: keep
+#include "profile/TableInFile.h"
 #include "profile/icc.h"
 
 namespace vkcl {
@@ -72,7 +73,8 @@ ShownFile::ShownFile(const AFilePath& path, std::size_t number)
       id_("f" + std::to_string(number)),
       channels_(ChannelsOf(path)),
       // A profile that only lacks a number of channels still has a table.
-      profile_(path, channels_ != 0 ? 0 : 3) {
+      profile_(path, channels_ != 0 ? 0 : 3),
+      table_(TableInFile(profile_).tags) {
   if (!isProfile() || !file_.open(path, AFile::Read)) return;
   length_ = static_cast<std::uint64_t>(std::max<std::int64_t>(file_.length(), 0));
   tags_ = StoredTagsOf(profile_, file_);

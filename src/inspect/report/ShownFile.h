@@ -43,6 +43,8 @@ class ShownFile {
   int channels() const { return channels_; }
   std::uint64_t length() const { return length_; }
 
+  /// The tag table.
+  const std::vector<icTag>& table() const { return table_; }
   const std::vector<StoredTag>& privateTags() const { return tags_; }
   bool Has(std::uint32_t signature) const;
   /// The first tag of a signature. It fetches from this file, which must outlive it.
@@ -74,6 +76,7 @@ class ShownFile {
   KeptProfile profile_;
   mutable AFile file_;
   std::uint64_t length_ = 0;
+  std::vector<icTag> table_;
   std::vector<StoredTag> tags_;
   std::int32_t colorMode_ = 0;
   std::optional<std::int32_t> status_;

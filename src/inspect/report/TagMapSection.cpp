@@ -41,10 +41,9 @@ struct Piece {
 class Pieces {
  public:
   explicit Pieces(const ShownFile& file) : length_(file.length()) {
-    const VKCLProfile& profile = file.profile();
     Add(Kind::Header, 0, kTableStart - 4, "header");
-    Add(Kind::Table, kTableStart - 4, TableEnd(profile.tagCount), "tag table");
-    std::vector<icTag> tags(profile.tagTable, profile.tagTable + profile.tagCount);
+    Add(Kind::Table, kTableStart - 4, TableEnd(file.table().size()), "tag table");
+    std::vector<icTag> tags = file.table();
     std::stable_sort(tags.begin(), tags.end(),
                      [](const icTag& a, const icTag& b) { return a.offset < b.offset; });
     for (const icTag& tag : tags) {
@@ -151,8 +150,8 @@ std::string TypeOf(const ShownFile& file, const icTag& tag) {
 }
 
 void WriteTable(HtmlWriter& out, const ShownFile& file) {
-  const VKCLProfile& profile = file.profile();
-  const std::size_t shown = std::min<std::size_t>(profile.tagCount, kMostRows);
+  const std::vector<icTag>& table = file.table();
+  const std::size_t shown = std::min(table.size(), kMostRows);
   out << "<div class=\"scroll\" role=\"group\" tabindex=\"0\" aria-labelledby=\""_html
       << file.Id("tags-c") << "\"><table class=\"tags\"><caption id=\""_html << file.Id("tags-c")
       << "\">Tag table</caption><thead><tr><th scope=\"col\">Tag</th><th scope=\"col\">Type</th>"
@@ -161,7 +160,7 @@ void WriteTable(HtmlWriter& out, const ShownFile& file) {
          "</tr></thead><tbody>"_html;
   std::map<std::uint32_t, std::uint32_t> firstAt;  // from offset to signature
   for (std::size_t i = 0; i < shown; ++i) {
-    const icTag& tag = profile.tagTable[i];
+    const icTag& tag = table[i];
     const auto [first, isNew] = firstAt.try_emplace(tag.offset, tag.sig);
     out << "<tr><th scope=\"row\"><code>"_html << Isolated{SignatureText(tag.sig)}
         << "</code></th><td><code>"_html << Isolated{TypeOf(file, tag)}
@@ -171,8 +170,8 @@ void WriteTable(HtmlWriter& out, const ShownFile& file) {
     out << "</td></tr>"_html;
   }
   out << "</tbody></table></div>"_html;
-  if (shown < profile.tagCount) {
-    out << "<p class=\"note\">"_html << ShownCount(profile.tagCount - shown)
+  if (shown < table.size()) {
+    out << "<p class=\"note\">"_html << ShownCount(table.size() - shown)
         << " more tags are left out.</p>"_html;
   }
 }
