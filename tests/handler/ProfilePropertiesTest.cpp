@@ -927,6 +927,27 @@ TEST(ProfileOptions, AreReadFromAnExportedDictionary) {
   EXPECT_EQ(Listed(options), kAllOptions);
 }
 
+// Tags that are stored in one pass are appended, also a second time: their signatures stand twice.
+TEST(ProfileOptions, AreKeptWhereOtherSignaturesStandTwice) {
+  const TempDir dir;
+  const std::string path = dir.Write("real.icc", ReadFile(RealProfile("default_cmyk.icc")));
+  ExportOptions(path, kAllOptions);
+  VKCLProfileHandler handler(AFilePath(path), 0);
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(handler.WriteAllVKPrivateTags(VKSingleInkLimitWithLinRef(), VKMultiInklimit(),
+                                            VKColorParam(), nullptr),
+              1);
+    VKCLProfileOptions options;
+    EXPECT_EQ(handler.GetProfileOptions(options), 1);
+    EXPECT_EQ(Listed(options), kAllOptions);
+  }
+  ExportOptions(path, {{"InkTotal", "250"}});
+  VKCLProfileOptions options;
+  EXPECT_EQ(VKCLProfileHandler(AFilePath(path), 0).GetProfileOptions(options), 1);
+  EXPECT_EQ(options.InkTotal.str(), "250");
+  EXPECT_EQ(options.BlackGeneration.str(), "GCRMax");
+}
+
 TEST(ProfileOptions, AreReadFromADictionaryThatAnotherProgramMade) {
   const OnFile file(std::vector<ImageTag>{
       {Sig("meta"),

@@ -1,14 +1,14 @@
 // The profiler's options, in the 'meta' dictionary tag of a profile file. Little CMS reads and
-// makes the dictionary; the file itself is rewritten here, so that nothing else in it changes.
+// makes the dictionary; it never sees the file (MetaElement.h).
 #include <algorithm>
 #include <cstring>
+#include <span>
 
 #include "platform/Bytes.h"
-#include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/TextEncoding.h"
 #include "platform/plinth/WholeFile.h"
 #include "platform/profiler/DictionaryCheck.h"
-#include "platform/profiler/ProfileSource.h"
+#include "platform/profiler/MetaElement.h"
 #include "platform/profiler/ProfilerObjects.h"
 #include "platform/profiler/TesselColorProfiler.h"
 
@@ -34,17 +34,6 @@ using Dictionary = std::unique_ptr<void, DictionaryDeleter>;
 
 constexpr std::size_t kTableStart = 132;
 constexpr std::size_t kEntrySize = 12;
-constexpr cmsUInt32Number kLargestElement = cmsUInt32Number{64} << 20;
-
-// The dictionary element of a profile; empty without one, and for one that Little CMS must not see.
-Bytes DictionaryElement(const OpenProfile& profile) {
-  const cmsUInt32Number size =
-      profile ? cmsReadRawTag(profile.get(), cmsSigMetaTag, nullptr, 0) : 0;
-  if (size == 0 || size > kLargestElement) return {};
-  Bytes element(size);
-  const bool read = cmsReadRawTag(profile.get(), cmsSigMetaTag, element.data(), size) == size;
-  return read && IsSoundDictionary(element) ? element : Bytes();
-}
 
 // A profile that holds a dictionary element and nothing else.
 Bytes CarrierOf(const Bytes& element) {
@@ -61,11 +50,10 @@ Bytes CarrierOf(const Bytes& element) {
   return carrier;
 }
 
-// The dictionary of a profile, in a profile of its own: Little CMS reads the very bytes that were
-// looked at, and keeps their order. Null without a sound one.
-OpenProfile DictionaryOf(const Context& context, const OpenProfile& profile) {
-  const Bytes element = DictionaryElement(profile);
-  if (element.empty()) return nullptr;
+// A dictionary in a profile of its own: Little CMS reads the very bytes that were checked, and
+// nothing else. Null for an element that Little CMS must not see.
+OpenProfile DictionaryOf(const Context& context, const Bytes& element) {
+  if (!IsSoundDictionary(element)) return nullptr;
   const Bytes bytes = CarrierOf(element);
   return OpenBytes(context, bytes.data(), bytes.size());
 }
@@ -163,94 +151,6 @@ Bytes TagData(const Context& context, const Dictionary& dictionary) {
   return data;
 }
 
-// Little CMS opens no profile with more.
-constexpr std::size_t kMostTags = 100;
-
-struct Entry {
-  std::uint32_t sig;
-  std::uint32_t offset;
-  std::uint32_t size;
-  const std::uint8_t* data;  // null for one without data, which readers pass over
-};
-
-// False when the table or a tag is not wholly in the file.
-bool ReadTable(const std::uint8_t* file, std::size_t length, std::vector<Entry>& table) {
-  if (length < kTableStart) return false;
-  const std::uint64_t count = LoadBig32(file + 128);
-  if (kTableStart + kEntrySize * count > length) return false;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint8_t* row = file + kTableStart + kEntrySize * i;
-    const Entry entry = {LoadBig32(row), LoadBig32(row + 4), LoadBig32(row + 8), nullptr};
-    if (std::uint64_t{entry.offset} + entry.size > length) return false;
-    table.push_back(entry);
-    if (entry.offset != 0 && entry.size != 0) table.back().data = file + entry.offset;
-  }
-  return true;
-}
-
-// The entry of the dictionary, the one that is read where there are several; a new one at the end
-// where there is none.
-Entry& DictionaryEntry(std::vector<Entry>& table) {
-  Entry* found = nullptr;
-  for (Entry& entry : table) {
-    if (entry.sig != cmsSigMetaTag) continue;
-    if (found == nullptr || found->data == nullptr) found = &entry;
-  }
-  return found != nullptr ? *found : table.emplace_back(Entry{cmsSigMetaTag, 0, 0, nullptr});
-}
-
-// Puts the entries' data one behind the other; entries that share a block go on sharing it, and
-// those without data stay as they are: with a place they would be read.
-std::vector<FilePiece> LayOut(std::vector<Entry>& table, std::uint64_t& end) {
-  static constexpr std::uint8_t kZeros[4] = {};
-  std::map<std::pair<const std::uint8_t*, std::uint32_t>, std::uint32_t> placed;
-  std::vector<FilePiece> pieces;
-  end = kTableStart + kEntrySize * table.size();
-  for (Entry& entry : table) {
-    if (entry.data == nullptr) continue;
-    const auto [place, isNew] =
-        placed.try_emplace({entry.data, entry.size}, static_cast<std::uint32_t>(end));
-    entry.offset = place->second;
-    if (!isNew) continue;
-    pieces.push_back({end, entry.size, entry.data, 0});
-    pieces.push_back({end + entry.size, PadTo4(entry.size) - entry.size, kZeros, 0});
-    end += PadTo4(entry.size);
-    if (end > UINT32_MAX) return {};
-  }
-  return pieces;
-}
-
-// Writes the file anew with `data` as its dictionary tag. Refused where there is one that was not
-// `read`: its entries would be lost.
-int ReplaceDictionary(const std::string& path, const FileContent& content, bool read,
-                      const Bytes& data) {
-  const auto* file = reinterpret_cast<const std::uint8_t*>(content.bytes.get());
-  std::vector<Entry> table;
-  if (data.empty() || !ReadTable(file, content.size, table)) return kRefused;
-  Entry& dictionary = DictionaryEntry(table);
-  if (dictionary.data != nullptr && !read) return kRefused;
-  dictionary.data = data.data();
-  dictionary.size = static_cast<std::uint32_t>(data.size());
-  if (table.size() > kMostTags) return kRefused;
-
-  std::uint64_t end = 0;
-  std::vector<FilePiece> pieces = LayOut(table, end);
-  if (pieces.empty()) return kRefused;
-  Bytes head(file, file + 128);
-  head.resize(kTableStart + kEntrySize * table.size());
-  StoreBig32(head.data(), static_cast<std::uint32_t>(end));
-  StoreBig32(head.data() + 128, static_cast<std::uint32_t>(table.size()));
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    std::uint8_t* row = head.data() + kTableStart + kEntrySize * i;
-    StoreBig32(row, table[i].sig);
-    StoreBig32(row + 4, table[i].offset);
-    StoreBig32(row + 8, table[i].size);
-  }
-  pieces.push_back({0, head.size(), head.data(), 0});
-  std::uint64_t length = 0;
-  return RewriteFile(path, pieces, FileEnd::Cut, FileOrigin::Existing, length) ? kDone : kRefused;
-}
-
 }  // namespace
 }  // namespace vkcl::profiler
 
@@ -266,9 +166,7 @@ int CLImportProfilerOptions(void* profiler, void* fileSpec) {
   if (object == nullptr || spec == nullptr) return p::kRefused;
   return p::Status([&] {
     const p::Context context = p::NewContext();
-    p::ProfileSource file(spec->path);
-    const p::OpenProfile profile = file.Open(context);
-    const p::OpenProfile dictionary = p::DictionaryOf(context, profile);
+    const p::OpenProfile dictionary = p::DictionaryOf(context, p::ReadMetaElement(spec->path));
     const cmsHANDLE entries = p::EntriesIn(dictionary);
     if (entries == nullptr) return p::kRefused;
     p::Options options = p::OptionsIn(entries);
@@ -307,14 +205,17 @@ int CLExportProfilerOptions(void* profiler, void* fileSpec) {
   const auto* spec = p::As<p::FileSpec>(fileSpec);
   if (object == nullptr || spec == nullptr || object->options.empty()) return p::kRefused;
   return p::Status([&] {
-    const vkcl::FileContent file = vkcl::ReadWholeFile(spec->path);
+    const vkcl::FileContent content = vkcl::ReadWholeFile(spec->path);
+    const std::span file(reinterpret_cast<const std::uint8_t*>(content.bytes.get()), content.size);
     const p::Context context = p::NewContext();
-    const p::OpenProfile profile = p::OpenBytes(context, file.bytes.get(), file.size);
-    if (!profile) return p::kRefused;
-    const p::OpenProfile old = p::DictionaryOf(context, profile);
+    const p::OpenProfile old = p::DictionaryOf(context, p::MetaElementIn(file));
     const cmsHANDLE entries = p::EntriesIn(old);
+    // The entries of a dictionary that cannot be read would be lost.
+    if (entries == nullptr && p::HasMetaElement(file)) return p::kRefused;
     const p::Dictionary merged = p::Merged(context, entries, object->options);
-    return p::ReplaceDictionary(spec->path, file, entries != nullptr, p::TagData(context, merged));
+    const bool replaced =
+        p::ReplaceMetaElement(spec->path, file, p::TagData(context, merged));
+    return replaced ? p::kDone : p::kRefused;
   });
 }
 
