@@ -1,5 +1,6 @@
 #include "colornames/ColorInfo.h"
 
+#include <algorithm>
 #include <iterator>
 #include <string_view>
 
@@ -15,9 +16,12 @@ struct Dilutions {
 constexpr Dilutions kDilutions[] = {
     {"LCyan", "MCyan"}, {"LMagenta", "MMagenta"}, {"LYellow", {}}, {"LBlack", "MBlack"}};
 
-int ChannelOf(std::string_view name, const AStringArray& inks) {
+// Colorants of a definitions file that share a bit make the list longer than the mode has channels;
+// a place beyond those is none.
+int ChannelOf(std::string_view name, const AStringArray& inks, int channels) {
   if (name.empty()) return -1;
-  for (std::size_t i = 0; i < inks.size(); ++i) {
+  const auto count = std::min(inks.size(), static_cast<std::size_t>(channels));
+  for (std::size_t i = 0; i < count; ++i) {
     if (inks[i].str() == name) return static_cast<int>(i);
   }
   return -1;
@@ -34,8 +38,9 @@ int ColorUtils::ColorInfo::GetLightMediumIndex(int colorMode, int colorantIndex,
     AStringArray inks;
     GetStandardColorNamesByColorMode(colorMode, inks);
     if (inks.empty()) return 0;
-    lightIndex = ChannelOf(kDilutions[colorantIndex].light, inks);
-    mediumIndex = ChannelOf(kDilutions[colorantIndex].medium, inks);
+    const int channels = GetNumberOfChannels(colorMode);
+    lightIndex = ChannelOf(kDilutions[colorantIndex].light, inks, channels);
+    mediumIndex = ChannelOf(kDilutions[colorantIndex].medium, inks, channels);
     return 1;
   });
 }

@@ -120,8 +120,12 @@ TEST(LightMediumIndex, CountsTheExtraColorantsOfTheDefinitions) {
     EXPECT_EQ(ChannelsOf(Mode(0x80070C0F), 2, 1), (Channels{7, -1}));
     EXPECT_EQ(ChannelsOf(Mode(0x80070C0F), 3, 1), (Channels{6, -1}));
     EXPECT_EQ(ChannelsOf(Mode(0x80010000), 0, 1), kNeither);
-    // An extra colorant that shares the flag of a built-in one is a channel beside it.
-    EXPECT_EQ(ChannelsOf(Mode(0x80000011), 0, 1), (Channels{2, -1}));
+    // An extra colorant that shares the flag of a built-in one stands beside it in the list; a
+    // place beyond the channels of the mode is none.
+    EXPECT_EQ(ChannelsOf(Mode(0x80000011), 0, 1), kNeither);
+    EXPECT_EQ(ChannelsOf(Mode(0x80000111), 0, 1), (Channels{2, -1}));
+    EXPECT_EQ(ChannelsOf(Mode(0x80000131), 0, 1), (Channels{2, -1}));
+    EXPECT_EQ(ChannelsOf(Mode(0x80000131), 1, 1), (Channels{3, -1}));
     // Named ink sets have no extra colorants.
     EXPECT_EQ(ChannelsOf(2, 0, 1), (Channels{4, -1}));
   });

@@ -821,4 +821,22 @@ TEST(SplitDefaults, OfAnotherVersionForgetRecordsOfAVersionThatIsNotTheirs) {
   SplitParam::DeleteRecords(4, records);
 }
 
+// Colorants of one flag, or of a built-in one's, make the list of names longer than the mode has
+// channels. The caller's array has a value a channel; the sanitizers see a read beyond it.
+TEST(ScaledSplitDefaults, OfColorantsThatShareAFlagStayWithinTheChannels) {
+  InOwnProcess([] {
+    const Installation installation("Violet 10000 0 0 0\nLilac 10000 0 0 0\nPale 10 0 0 0\n");
+    // Cyan, Violet, Lilac, Pale, LCyan, of three channels: no channel is that of light cyan.
+    const Scaled shared(Mode(0x80010011), {1, 2, 3});
+    EXPECT_TRUE(SameBytes(shared.Record(0), ScaledRecord({0, 0}, 1.0, 1.0, 1.0)));
+    // Of four, with light magenta behind it.
+    const Scaled more(Mode(0x80010031), {1, 2, 3, 4});
+    EXPECT_TRUE(SameBytes(more.Record(0), ScaledRecord({0, 0}, 1.0, 1.0, 1.0)));
+    EXPECT_TRUE(SameBytes(more.Record(1), ScaledRecord({1, 0}, 2.0, 2.0, 2.0)));
+    // Cyan, Pale, LCyan, MCyan, of three: light cyan is one of them, medium cyan none.
+    const Scaled builtIn(Mode(0x80000111), {1, 2, 3});
+    EXPECT_TRUE(SameBytes(builtIn.Record(0), ScaledRecord({0, 2}, 1.0, 3.0, 1.0)));
+  });
+}
+
 }  // namespace
