@@ -184,9 +184,11 @@ AFilePath VSDProfileHandler::ICCtoVSDFolder(const AFilePath& iccPath) {
   return vkcl::Guarded([&] {
     AFilePath path = iccPath;
     path.removeLastComponent();
+    path.removeDoubledSeparators();
+    const AString name = path.getFileName();
     path.removeLastComponent();
     path.appendComponent(kFolder);
-    path.appendComponent(iccPath.getFileName());
+    path.appendComponent(name);
     return path;
   });
 }

@@ -73,6 +73,10 @@ void AddPaths(std::vector<Operation>& all) {
     path.appendComponent(f.text);
     return path.str().ends_with(f.text.str());
   });
+  all.push_back(On("AFilePath::removeDoubledSeparators", [](Files& f) {
+    f.path.removeDoubledSeparators();
+    return !f.path.str().empty();
+  }));
   all.push_back(On("AFilePath::exists AFilePath::isDirectory",
                    [](Files& f) { return f.path.exists() && !f.path.isDirectory(); }));
   all.push_back(On("AFilePath::isSameFile", [](Files& f) { return f.path.isSameFile(f.again); }));

@@ -733,6 +733,17 @@ TEST(ICCtoVSDFolder, IsTheFolderBesideTheProfilesFolderAndTheSameName) {
 }
 
 TEST(ICCtoVSDFolder, OfAProfileInTheRootFolderStaysThere) {
+TEST(ICCtoVSDFolder, IsFoundWithoutDoubledSeparators) {
+  for (const char* const icc :
+       {"/Printer//ICC/paper.icc", "/Printer/ICC//paper.icc", "//Printer///ICC////paper.icc"}) {
+    EXPECT_EQ(VSDProfileHandler::ICCtoVSDFolder(AFilePath(icc)).str(),
+              "/Printer/VSDProfile/paper.icc")
+        << icc;
+  }
+  EXPECT_EQ(VSDProfileHandler::ICCtoVSDFolder(AFilePath("//paper.icc")).str(),
+            "/VSDProfile/paper.icc");
+}
+
   EXPECT_EQ(VSDProfileHandler::ICCtoVSDFolder(AFilePath("/paper.icc")).str(),
             "/VSDProfile/paper.icc");
 }

@@ -1,5 +1,6 @@
 #include "platform/plinth/AFilePath.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 
@@ -7,6 +8,8 @@
 #include "platform/plinth/HostFiles.h"
 
 namespace {
+
+constexpr auto npos = std::string_view::npos;
 
 #if defined(_WIN32)
 constexpr const char* kSeparators = "/\\";
@@ -59,6 +62,19 @@ AString AFilePath::GetFullPath() const {
       std::filesystem::absolute(vkcl::host::SystemPath(path_), error);
   if (error) return path_;
   return vkcl::host::NarrowPath(full.lexically_normal());
+}
+
+void AFilePath::removeDoubledSeparators() {
+  const auto isSeparator = [](char c) { return std::string_view(kSeparators).find(c) != npos; };
+#if defined(_WIN32)
+  const std::size_t first = 1;  // "\\\\server\\share"
+#else
+  const std::size_t first = 0;
+#endif
+  const auto begin = path_.begin() + static_cast<std::ptrdiff_t>(std::min(first, path_.size()));
+  path_.erase(std::unique(begin, path_.end(),
+                          [&](char a, char b) { return isSeparator(a) && isSeparator(b); }),
+              path_.end());
 }
 
 void AFilePath::removeLastComponent() {

@@ -35,6 +35,8 @@ class VKCL_API AFilePath {
   /// system does not tell the working directory.
   AString GetFullPath() const;
 
+  /// Leaves one separator where several stand; on Windows the two that begin a network path stay.
+  void removeDoubledSeparators();
   /// Drops the last component and the separator before it; a root stays a root.
   void removeLastComponent();
   /// Adds a component, with a separator before it where the path does not end in one.
