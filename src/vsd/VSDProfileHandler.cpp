@@ -13,6 +13,7 @@
 #include "platform/plinth/ALocaleSwitcher.h"
 #include "platform/plinth/HexText.h"
 #include "platform/plinth/NumberText.h"
+#include "platform/plinth/TextEncoding.h"
 #include "platform/plinth/Utf8.h"
 #include "vsd/VSDElements.h"
 
@@ -70,10 +71,10 @@ struct FieldText {
   }
 };
 
-// The front of a text that fits a field, without half a character at its end.
+// The front of a text that fits a field, on a host of UTF-8 without half a character at its end.
 std::string_view Fitting(std::string_view text) {
   constexpr std::size_t kMost = kTextWidth - 1;
-  if (text.size() <= kMost) return text;
+  if (text.size() <= kMost || !vkcl::HostIsUtf8()) return text.substr(0, kMost);
   std::size_t start = kMost;
   while (start > kMost - 3 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) --start;
   const bool cuts = vkcl::Utf8Length(text.substr(start)) > kMost - start;
@@ -183,9 +184,9 @@ int VSDProfileHandler::IsComplete() const {
 AFilePath VSDProfileHandler::ICCtoVSDFolder(const AFilePath& iccPath) {
   return vkcl::Guarded([&] {
     AFilePath path = iccPath;
-    path.removeLastComponent();
     path.removeDoubledSeparators();
     const AString name = path.getFileName();
+    path.removeLastComponent();
     path.removeLastComponent();
     path.appendComponent(kFolder);
     path.appendComponent(name);

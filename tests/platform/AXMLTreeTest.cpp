@@ -315,6 +315,41 @@ TEST(AXMLTree, SavesUtf8WithTwoBlanksALevel) {
             "  E : \"e\"\n");
 }
 
+TEST(AXMLTree, WritesACarriageReturnAsAReference) {
+  AXMLTree tree("r");
+  tree.GetRoot().AddChild("a", "\rb\r\nc\r").SetAttribute("k", "x\ry");
+  tree.GetRoot().AddChild("l", std::string(100000, '\r') + "end");
+  const TempDir dir;
+  ASSERT_EQ(tree.SaveToFile(AFilePath(dir.File("f"))), 1);
+  const std::string saved = TextOf(dir.File("f"));
+  EXPECT_NE(saved.find("<a k=\"x&#13;y\">&#13;b&#13;\nc&#13;</a>"), std::string::npos) << saved;
+  EXPECT_EQ(saved.find('\r'), std::string::npos);
+  AXMLTree loaded("other");
+  ASSERT_EQ(loaded.LoadFromFile(AFilePath(dir.File("f")), 1), 1);
+  EXPECT_EQ(loaded.GetRoot().GetChild("a").GetValue().str(), "\rb\r\nc\r");
+  EXPECT_EQ(loaded.GetRoot().GetChild("a").GetAttribute("k").str(), "x\ry");
+  EXPECT_EQ(loaded.GetRoot().GetChild("l").GetValue().str(), std::string(100000, '\r') + "end");
+  NEEDS_PYTHON();
+  tree.GetRoot().GetChild("l").SetValue("");
+  ASSERT_EQ(tree.SaveToFile(AFilePath(dir.File("f"))), 1);
+  EXPECT_EQ(ReadWithPython(dir.File("f")),
+            "r : \"\"\n"
+            "  a k=\"x\\ry\" : \"\\rb\\r\\nc\\r\"\n"
+            "  l : \"\"\n");
+}
+
+// Where a reference would mean nothing, lines end as every reader takes them to end.
+TEST(AXMLTree, EndsLinesOfInstructionsAndCommentsByALineFeed) {
+  Loaded document("<!DOCTYPE r [\r\n<!-- t -->\r]>\r\n<?p one\r\ntwo\rthree?><!-- a\r\nb -->\r<r/>");
+  ASSERT_EQ(document.result, 1);
+  const std::string saved = document.Saved();
+  EXPECT_EQ(saved.find('\r'), std::string::npos) << saved;
+  EXPECT_EQ(saved.find("&#13;"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("<?p one\ntwo\nthree?>"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("<!-- a\nb -->"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("[\n<!-- t -->\n]"), std::string::npos) << saved;
+}
+
 TEST(AXMLTree, SavesTheSameFileEachTime) {
   Loaded document("<r>\r\n\t<a  x = '1' >t</a><!-- c -->\n\n\n<b/></r>\n");
   const std::string first = document.Saved();
@@ -523,7 +558,7 @@ TEST(AXMLTree, IsReadByOthersAsItIsMeant) {
             "  i a=\"<&>\\\"']]>\" : \"<&>\\\"']]>\"\n"
             "  i a=\"\\u5370\" : \"\\u5370\"\n"
             "  i a=\"\\ud83d\\udda8\" : \"\\ud83d\\udda8\"\n"
-            "  i a=\"a\\uef0d\\uef00\\uefff\" : \"a\\uef0d\\uef00\\uefff\"\n"
+            "  i a=\"a\\r\\uef00\\uefff\" : \"a\\r\\uef00\\uefff\"\n"
             "  i a=\"  \" : \"  \"\n"
             "  i a=\"&#65;\" : \"&#65;\"\n");
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 
+#include "support/HostEncoding.h"
 #include "support/SystemCalls.h"
 #include "vsd/VSDDocuments.h"
 
@@ -732,7 +733,6 @@ TEST(ICCtoVSDFolder, IsTheFolderBesideTheProfilesFolderAndTheSameName) {
   }
 }
 
-TEST(ICCtoVSDFolder, OfAProfileInTheRootFolderStaysThere) {
 TEST(ICCtoVSDFolder, IsFoundWithoutDoubledSeparators) {
   for (const char* const icc :
        {"/Printer//ICC/paper.icc", "/Printer/ICC//paper.icc", "//Printer///ICC////paper.icc"}) {
@@ -744,6 +744,7 @@ TEST(ICCtoVSDFolder, IsFoundWithoutDoubledSeparators) {
             "/VSDProfile/paper.icc");
 }
 
+TEST(ICCtoVSDFolder, OfAProfileInTheRootFolderStaysThere) {
   EXPECT_EQ(VSDProfileHandler::ICCtoVSDFolder(AFilePath("/paper.icc")).str(),
             "/VSDProfile/paper.icc");
 }
@@ -1302,6 +1303,24 @@ TEST(VSDColorParam, ALongTextIsCutAtACharacter) {
           << row.letters << " letters and " << row.character << tail;
     }
   }
+}
+
+// On a host of one-byte characters each byte is one, whatever it would be in UTF-8.
+TEST(VSDColorParam, ALongTextIsCutAt127BytesOfAHostOfOneByteCharacters) {
+  const vkcl::testing::MadeLocale latin1("de_DE", "ISO-8859-1");
+  if (!latin1.works()) GTEST_SKIP() << "localedef makes no such locale here";
+  const std::string text = std::string(126, 'a') + "\xC3\xBC" + std::string(9, 'b');
+  EXPECT_EQ(latin1.Run([&] {
+    const TempDir dir;
+    AXMLTree tree("VK_VSD_PROFILE");
+    tree.GetRoot().AddChild("VK_VSD_COLORPARAM", "").AddChild("Make", text);
+    if (tree.SaveToFile(AFilePath(dir.File("f"))) == 0) return std::string("not saved");
+    VSDProfileHandler handler(AFilePath(dir.File("f")), 1);
+    VKColorParam param;
+    handler.ReadVKColorParam(param);
+    return std::string(param.Make);
+  }),
+            text.substr(0, 127));
 }
 
 /// The options behind a read of this text over bytes 0xEE.

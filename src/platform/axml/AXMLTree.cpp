@@ -119,6 +119,20 @@ bool SetGoodValue(Holder& holder) {
   return holder.set_value(std::string(vkcl::HostTextToXml(host, room)).c_str());
 }
 
+// XML 1.0 (fifth edition), 2.11: where the parser leaves the ends of lines as they stand, in
+// processing instructions and document types, each becomes a line feed.
+bool SetLineEnds(pugi::xml_node& node) {
+  const std::string_view text = node.value();
+  if (text.find('\r') == std::string_view::npos || IsText(node)) return true;
+  std::string lines;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool endsLine = text[i] == '\r';
+    if (endsLine && text.substr(i + 1, 1) == "\n") ++i;
+    lines += endsLine ? '\n' : text[i];
+  }
+  return node.set_value(lines.c_str());
+}
+
 // Sees to it that others can read the document when it is saved. False when that is not possible.
 bool MakeGood(const pugi::xml_node& root) {
   return ForEachNode(root, [](pugi::xml_node node, int) {
@@ -131,7 +145,7 @@ bool MakeGood(const pugi::xml_node& root) {
       return true;
     }
     if (node.type() == pugi::node_pi && !vkcl::IsXmlName(node.name())) return false;
-    return SetGoodValue(node);
+    return SetLineEnds(node) && SetGoodValue(node);
   });
 }
 
@@ -206,20 +220,21 @@ class Xml {
   const char* text_;
 };
 
-// Hands the pieces of a document on to a file: short ones together, long ones as they are.
+// Hands the pieces of a document on to a file: short ones together, long ones as they are. A
+// carriage return, which only texts hold, is written as a reference: as it stands, readers would
+// take it for a line feed.
 class FileWriter : public pugi::xml_writer {
  public:
   explicit FileWriter(AFile& file) : file_(file) { pieces_.reserve(kTogether); }
 
   void write(const void* data, std::size_t size) override {
-    total_ += size;
-    marks_.Count({static_cast<const char*>(data), size});
-    if (pieces_.size() + size > kTogether) flush();
-    if (size > kTogether) {
-      failed_ = failed_ || file_.write(data, size) != size;
-    } else {
-      pieces_.append(static_cast<const char*>(data), size);
+    std::string_view rest(static_cast<const char*>(data), size);
+    for (std::size_t at = rest.find('\r'); at != rest.npos; at = rest.find('\r')) {
+      Put(rest.substr(0, at));
+      Put("&#13;");
+      rest.remove_prefix(at + 1);
     }
+    Put(rest);
   }
   /// Whether everything was written, and is no more than can be loaded again.
   bool finish() {
@@ -229,6 +244,17 @@ class FileWriter : public pugi::xml_writer {
 
  private:
   static constexpr std::size_t kTogether = 65536;
+
+  void Put(std::string_view text) {
+    total_ += text.size();
+    marks_.Count(text);
+    if (pieces_.size() + text.size() > kTogether) flush();
+    if (text.size() > kTogether) {
+      failed_ = failed_ || file_.write(text.data(), text.size()) != text.size();
+    } else {
+      pieces_.append(text);
+    }
+  }
 
   void flush() {
     failed_ = failed_ || file_.write(pieces_.data(), pieces_.size()) != pieces_.size();

@@ -34,7 +34,7 @@ char ByteOfRaw(std::string_view character) {
 
 constexpr std::array<bool, 256> MakePlain() {
   std::array<bool, 256> plain = {};
-  for (unsigned c = 0; c < 256; ++c) plain[c] = (c >= 0x20 && c < 0x80) || c == '\t' || c == '\n';
+  for (unsigned c = 0; c < 256; ++c) plain[c] = (c >= 0x20 && c < 0x80) || c == '\t' || c == '\n' || c == '\r';
   return plain;
 }
 constexpr std::array<bool, 256> kPlain = MakePlain();
@@ -75,11 +75,6 @@ std::string Utf8ToXml(std::string_view text) {
     text.remove_prefix(character.size());
   }
   return xml;
-}
-
-bool HostIsUtf8() {
-  constexpr std::string_view kLetter = "\xC3\xA4";
-  return Utf8ToHostText(kLetter) == kLetter;
 }
 
 std::string WithRawBytes(std::string_view text) {

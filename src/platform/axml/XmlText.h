@@ -9,9 +9,9 @@ namespace vkcl {
 /// The byte string of the host as UTF-8 that holds only characters of XML 1.0 (2.2). Text of the
 /// host's encoding becomes what it says. What cannot stand in a document becomes a character for
 /// each byte, U+EF00 plus the byte, in Unicode's private use area: control characters other than
-/// tab and line feed (a carriage return would be read back as a line feed), bytes that are no text
-/// of the host's encoding, and these characters themselves. So XmlToHostText gives every byte
-/// string back.
+/// tab, line feed and carriage return, bytes that are no text of the host's encoding, and these
+/// characters themselves. So XmlToHostText gives every byte string back. A carriage return must be
+/// written as a reference: readers take one that stands as it is for a line feed.
 ///
 /// The result is the text itself where nothing is to be changed, else it lies in `room`.
 std::string_view HostTextToXml(std::string_view text, std::string& room);

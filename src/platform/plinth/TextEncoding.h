@@ -16,6 +16,12 @@ std::string HostTextToUtf8(std::string_view text);
 /// are lost: empty is the answer to a text that cannot be converted as a whole.
 std::string Utf8ToHostText(std::string_view utf8);
 
+/// Whether the host's encoding is UTF-8.
+inline bool HostIsUtf8() {
+  constexpr std::string_view kLetter = "\xC3\xA4";
+  return Utf8ToHostText(kLetter) == kLetter;
+}
+
 ///@{
 /// UTF-8 and wide characters (UTF-16 on Windows, UTF-32 elsewhere). What is no text becomes U+FFFD.
 std::wstring Utf8ToWide(std::string_view utf8);
