@@ -101,21 +101,26 @@ void SplitLimits(std::string_view text, std::int32_t count, double* limits, std:
   }
 }
 
+// A read that fails leaves no count above the array that is there.
 bool ReadSpot(const AXMLTreeNode& parent, VKSpotSingleInkLimit& limits) {
-  if (!element::ReadInteger(parent, kChannels, limits.count)) return false;
+  const std::int32_t held = limits.limits != nullptr ? limits.count : 0;
+  std::int32_t count = 0;
+  if (!element::ReadInteger(parent, kChannels, count)) return false;
+  limits.count = std::min(count, held);
   const AXMLTreeNode name = parent.GetChild(kSpotName);
-  if (!name || limits.count > kMostSpotLimits) return false;
+  if (!name || count > kMostSpotLimits) return false;
   std::string room;
   // The tab is what readers of spot names expect.
   limits.name = vkcl::OwnedText(name.ViewValue(room), "\t").release();
   const AXMLTreeNode values = parent.GetChild(kValues);
   if (!values) return false;
-  const std::int32_t count = std::max(limits.count, 0);
-  std::unique_ptr<double[]> fresh(new double[static_cast<std::size_t>(count)]());
-  SplitLimits(values.ViewValue(room), count, fresh.get(), count);
+  const std::int32_t slots = std::max(count, 0);
+  std::unique_ptr<double[]> fresh(new double[static_cast<std::size_t>(slots)]());
+  SplitLimits(values.ViewValue(room), slots, fresh.get(), slots);
   limits.limits = fresh.release();
+  limits.count = count;
   limits.size = static_cast<std::int32_t>(12 + std::strlen(limits.name) +
-                                          static_cast<std::size_t>(count) * sizeof(double));
+                                          static_cast<std::size_t>(slots) * sizeof(double));
   return true;
 }
 
@@ -210,10 +215,5 @@ int VSDProfileHandler::WriteVKSpotSIL(const VKSpotSingleInkLimit& limits) {
 }
 
 int VSDProfileHandler::ReadVKSpotSIL(VKSpotSingleInkLimit& limits) {
-  const std::int32_t before = limits.count;
-  const bool read = vkcl::Guarded([&] { return ReadSpot(Root().GetChild(kSpotLimits), limits); });
-  // An array of fewer limits than are counted now would be read past its end. It is not released:
-  // it is its owner's.
-  if (!read && limits.count > before) limits.limits = nullptr;
-  return read ? 1 : 0;
+  return vkcl::Guarded([&] { return ReadSpot(Root().GetChild(kSpotLimits), limits) ? 1 : 0; });
 }

@@ -116,11 +116,10 @@ class VKCL_API VSDProfileHandler {
   ///@}
 
   ///@{
-  /// The limits of a spot colour. Reading gives the record a new name, with a tab behind it that
-  /// its readers expect, a new array of limits, and the size that goes with them. What the record
-  /// held before is not released: it may be shared with copies, and is its owner's. A read that
-  /// fails has stored the count, and possibly the name; limits that are fewer than that count are
-  /// then let go.
+  /// The limits of a spot colour. Reading gives the record a new name, with a tab after it that its
+  /// readers expect, a new array of limits, and the size that goes with them. What the record held
+  /// before is not released: it may be shared with copies, and is its owner's. A read that fails
+  /// has stored the count, and possibly the name; the limits stay, and the count is at most theirs.
   int WriteVKSpotSIL(const VKSpotSingleInkLimit& limits);
   int ReadVKSpotSIL(VKSpotSingleInkLimit& limits);
   ///@}

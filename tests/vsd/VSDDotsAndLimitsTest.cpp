@@ -859,6 +859,12 @@ TEST(VSDSpotInkLimits, AMissingElementEndsTheReadBehindWhatWasRead) {
       {in(count + values), 1, false},
       {in(count + "<Channels>New</Channels>" + values), 1, false},
       {in(count + name), 1, true},
+      // The array that is there has two limits.
+      {in("<Num_of_Channels>2</Num_of_Channels>" + values), 2, false},
+      {in("<Num_of_Channels>3</Num_of_Channels>" + values), 2, false},
+      {in("<Num_of_Channels>3</Num_of_Channels>" + name), 2, true},
+      {in("<Num_of_Channels>65537</Num_of_Channels>" + name + values), 2, false},
+      {in("<Num_of_Channels>-3</Num_of_Channels>" + values), -3, false},
   };
   for (const auto& row : rows) {
     Sidecar file(VsdText(row.elements));
@@ -879,6 +885,21 @@ TEST(VSDSpotInkLimits, AMissingElementEndsTheReadBehindWhatWasRead) {
     EXPECT_TRUE(spot.limits == held.limits) << row.elements;
     if (spot.name == held.name) spot.name = nullptr;
     if (spot.limits == held.limits) spot.limits = nullptr;
+  }
+}
+
+TEST(VSDSpotInkLimits, AFailedReadCountsNoLimitsWhereThereAreNone) {
+  for (const char* const inner : {"<Num_of_Channels>3</Num_of_Channels>",
+                                  "<Num_of_Channels>3</Num_of_Channels><ChannelS>New</ChannelS>",
+                                  "<Num_of_Channels>65537</Num_of_Channels><ChannelS>New</ChannelS>"
+                                  "<Values>1</Values>"}) {
+    Sidecar file(VsdText("<VK_VSD_SPOT_SINGLE_INKLIMITS>" + std::string(inner) +
+                         "</VK_VSD_SPOT_SINGLE_INKLIMITS>"));
+    VKSpotSingleInkLimit spot;
+    spot.count = 7;  // of an array that is not there
+    EXPECT_EQ(file.handler.ReadVKSpotSIL(spot), 0);
+    EXPECT_EQ(spot.count, 0);
+    EXPECT_EQ(spot.limits, nullptr);
   }
 }
 
@@ -982,10 +1003,9 @@ TEST(VSDSpotInkLimits, ACountThatTheTextDoesNotBearOutTakesNoMemory) {
     Sidecar file(VsdText(SpotElement(std::to_string(count), "Spot", "1;2")));
     VKSpotSingleInkLimit spot;
     const int read = file.handler.ReadVKSpotSIL(spot);
-    if (read == 1 && spot.limits != nullptr) {
-      EXPECT_EQ(spot.limits[static_cast<std::size_t>(spot.count) - 1], 2);
-    }
-    EXPECT_EQ(spot.count, count) << "it is stored at once";
+    EXPECT_EQ(read, 0) << count;
+    EXPECT_EQ(spot.count, 0) << "there is no array";
+    EXPECT_EQ(spot.limits, nullptr);
   }
 }
 
