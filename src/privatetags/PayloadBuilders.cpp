@@ -12,8 +12,8 @@
 //   QX51, QX52, QX53, QX67, QX70, QX76   the record itself
 //   QX58            the file
 //
-// A size that a record states is the payload's length: 0 up to the record's own bytes, otherwise
-// the record is refused.
+// A size that a record states is the payload's length: from its head, where it has one, up to the
+// record's own bytes. Otherwise the record is refused.
 #include <cstring>
 
 #include "platform/plinth/WholeFile.h"
@@ -32,6 +32,7 @@ namespace {
 
 constexpr std::int32_t kSplitHead = 20;
 constexpr std::int32_t kDitherHead = 16;
+constexpr std::int32_t kSpotHead = 12;
 
 constexpr VKPrivateTagSignature kDataLists[] = {QX54, QX56, QX55, QX57, QX60, QX59, QX72, QX73};
 
@@ -122,7 +123,7 @@ int VKPrivateTag::InitFromProfileDataList(const ProfileDataList& list,
   if (payload) {
     const std::int32_t counters[] = {static_cast<std::int32_t>(list.DataFormat), list.NumOfSamples,
                                      list.ColorMode, list.NumOfColors, list.Measured};
-    payload.Put(counters, sizeof counters).Put(hasValues ? 1 : 0).Put(list.DataList, valueBytes);
+    payload.Put(counters, sizeof counters).Put(values > 0 ? 1 : 0).Put(list.DataList, valueBytes);
   }
   return Fill(*this, which, payload);
 }
@@ -195,7 +196,8 @@ int VKPrivateTag::InitFromVKSpotSIL(const VKSpotSingleInkLimit& limits) {
   if (limits.count < 0 || (limits.count > 0 && limits.limits == nullptr)) return 0;
   const std::size_t nameLength = limits.name != nullptr ? std::strlen(limits.name) : 0;
   const std::size_t valueBytes = static_cast<std::size_t>(limits.count) * sizeof(double);
-  if (!InRange(limits.size, 0, static_cast<std::int64_t>(12 + nameLength + valueBytes))) return 0;
+  const auto held = static_cast<std::int64_t>(kSpotHead + nameLength + valueBytes);
+  if (!InRange(limits.size, kSpotHead, held)) return 0;
   PayloadWriter payload(static_cast<std::size_t>(limits.size));
   if (payload) {
     payload.Put(limits.version).Put(limits.size).Put(limits.count);

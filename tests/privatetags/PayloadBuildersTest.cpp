@@ -136,15 +136,16 @@ TEST(PayloadBuilders, DataListWithoutValuesIs24Bytes) {
             HexBytes("2062614C 05000000 10000000 03000000 04000000 00000000"));
 }
 
-TEST(PayloadBuilders, DataListOfAnEmptyArrayHasOne) {
+// The presence word says whether values follow, not whether there is an array.
+TEST(PayloadBuilders, DataListOfAnEmptyArrayHasNoPresenceWord) {
   for (const bool ofSamples : {true, false}) {
     ProfileDataList list;
     list.NumOfColors = ofSamples ? 3 : 0;
     ASSERT_EQ(list.RefreshList(ofSamples ? 0 : 5), 1);
     EXPECT_EQ(
         Built(QX55, [&](VKPrivateTag& tag) { return tag.InitFromProfileDataList(list, QX55); }),
-        ofSamples ? HexBytes("00000000 00000000 00000000 03000000 00000000 01000000")
-                  : HexBytes("00000000 05000000 00000000 00000000 00000000 01000000"));
+        ofSamples ? HexBytes("00000000 00000000 00000000 03000000 00000000 00000000")
+                  : HexBytes("00000000 05000000 00000000 00000000 00000000 00000000"));
   }
 }
 
@@ -704,16 +705,16 @@ TEST(PayloadBuilders, SpotInkLimitsAreStoredAsFarAsTheyState) {
   spot.size = 13;
   EXPECT_EQ(Built(QX68, [&](VKPrivateTag& tag) { return tag.InitFromVKSpotSIL(spot); }),
             HexBytes("01000000 0D000000 01000000 52"));
-  spot.size = 0;
+  spot.size = 12;
   EXPECT_EQ(Built(QX68, [&](VKPrivateTag& tag) { return tag.InitFromVKSpotSIL(spot); }),
-            vkcl::testing::Bytes());
+            HexBytes("01000000 0C000000 01000000"));
 }
 
-TEST(PayloadBuilders, SpotInkLimitsThatStateMoreThanTheyHoldOrLessThanNothingAreRefused) {
+TEST(PayloadBuilders, SpotInkLimitsThatStateMoreThanTheyHoldOrLessThanTheirHeadAreRefused) {
   VKSpotSingleInkLimit spot;
   double values[] = {0.5};
   spot.SetData(1, "Red", values);
-  for (const int size : {24, 2147483647, -1, -2147483647 - 1}) {
+  for (const int size : {24, 2147483647, 11, 1, 0, -1, -2147483647 - 1}) {
     spot.size = size;
     VKPrivateTag tag;
     EXPECT_EQ(tag.InitFromVKSpotSIL(spot), 0) << size;
