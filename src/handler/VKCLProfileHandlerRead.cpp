@@ -179,12 +179,6 @@ int VKCLProfileHandler::GetVKSpotLinDL(VKSpotLinDLParam& links) const {
     const std::int32_t count = reader.Int32();
     const std::int32_t nameLength = reader.Int32();
     if (!reader.good() || count < 0 || nameLength < 0) return 0;
-    // Empty links take four bytes in the payload and more in memory: thousands of them are no set.
-    constexpr std::int32_t kMostEmptyLinks = 1024;
-    if (count > kMostEmptyLinks &&
-        static_cast<std::size_t>(count) * sizeof(void*) > payload.size()) {
-      return 0;
-    }
     const auto linkCount = static_cast<std::size_t>(count);
     const char* name = reader.Take(static_cast<std::size_t>(nameLength));
     const char* sizes = reader.Take(linkCount * sizeof(std::int32_t));

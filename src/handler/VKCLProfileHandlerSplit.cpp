@@ -8,8 +8,8 @@
 
 namespace {
 
-// A payload may lack entries, so its length does not bound their number; this does.
-constexpr std::int32_t kMostEntries = 1024;
+// A payload may lack entries: as many as this may have their initial values.
+constexpr std::int32_t kMostEntriesLacking = 1024;
 // The handler's reader starts at the last four bytes of the writer's stale reference; the records
 // stand behind it.
 constexpr std::size_t kEntriesAsRead = 16;
@@ -59,7 +59,8 @@ int VKCLProfileHandler::GetSplitParam(SplitParam& split, int upgrade) const {
     const vkcl::TagPayload payload(profile_, QX50);
     SplitHead head = {};
     if (!ReadHead(payload, head)) return 0;
-    const bool countable = head.count >= 0 && head.count <= kMostEntries;
+    const bool isWhole = payload.size() - kEntriesAsRead >= EntryBytes(head);
+    const bool countable = head.count >= 0 && (head.count <= kMostEntriesLacking || isWhole);
     Replace(split, head, countable ? EntriesFrom(payload, head, kEntriesAsRead) : nullptr);
     if (split.splits == nullptr) return 0;
     if (upgrade == 0) return 1;

@@ -153,8 +153,8 @@ struct VKCL_API SplitParam {
   ///
   /// Loading takes the elements below "ListSplit" by their place, whatever their name; a record
   /// without one has its defaults. 0 for a version other than 2, 3 and 4: what was saved up to
-  /// there stays, and after loading no records are left. 0, too, for a count above 1,024, and when
-  /// loading for one below 0.
+  /// there stays, and after loading no records are left. 0, too, when loading, for a count below 0,
+  /// and for one above 1,024 when there are fewer elements than that.
   int Serialize(AXMLTree& tree, AXMLTreeNode& node, int load);
 
   /// Length of one record of a version; 0 for a version other than 2, 3 and 4.

@@ -20,7 +20,8 @@ constexpr const char* kColorant = "colorantIndex";
 constexpr const char* kInterpolation = "interpolation";
 
 constexpr std::int32_t kMostPoints = 256;
-constexpr std::int32_t kMostRecords = 1024;
+// So many records may have no element of their own.
+constexpr std::int32_t kMostRecordsLacking = 1024;
 constexpr int kDecimals = 6;
 constexpr std::size_t kTooShort = 3;  // characters that hold no point
 
@@ -112,7 +113,6 @@ int SerializeRecord(const SplitParam& set, std::int32_t i, AXMLTree& tree, AXMLT
 }
 
 int Save(const SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
-  if (set.count > kMostRecords) return 0;  // it could not be loaded again
   if (!SetInteger(node, kVersion, set.version) || !SetInteger(node, kCount, set.count)) return 0;
   const bool known = SplitParam::RecordSize(set.version) != 0;
   AXMLTreeNode list = node.AddChild(kList, "");
@@ -132,7 +132,7 @@ int Load(SplitParam& set, AXMLTree& tree, AXMLTreeNode& node) {
   set.version = version;
   set.count = count;
   const AXMLTreeNode list = node.GetChild(kList);
-  if (set.count > kMostRecords) return 0;
+  if (set.count > kMostRecordsLacking && set.count > list.GetChildCount()) return 0;
   set.splits = SplitParam::NewRecords(set.version, set.count);
   if (set.splits == nullptr) return 0;
   set.size = static_cast<std::int32_t>(20 + static_cast<std::size_t>(set.count) *

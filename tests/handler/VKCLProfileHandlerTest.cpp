@@ -1328,7 +1328,7 @@ TEST(HandlerSplit, OfNoRecordsIsRead) {
   EXPECT_EQ(read.count, 0);
 }
 
-TEST(HandlerSplit, TakesACountOf1024AndNoneAboveThePayload) {
+TEST(HandlerSplit, FillsWhatThePayloadLacksUpToACountOf1024) {
   for (const auto& [version, recordSize] : kVersions) {
     const OnFile file({{"QX50", ReadableSplit(version, 20, 1024, Bytes(8, 1))}});
     SplitParam read;
@@ -1345,6 +1345,37 @@ TEST(HandlerSplit, TakesACountOf1024AndNoneAboveThePayload) {
       EXPECT_EQ(refused.splits, nullptr);
     }
   }
+}
+
+// From byte 16 on, where the reader takes them, the payload holds every byte of the records.
+TEST(HandlerSplit, TakesAnyCountThatThePayloadHoldsWhole) {
+  for (const auto& [version, recordSize] : kVersions) {
+    const Bytes records = Counting(1025 * recordSize);
+    const OnFile whole({{"QX50", ReadableSplit(version, 20, 1025, records)}});
+    SplitParam read;
+    EXPECT_EQ(whole.handler.GetSplitParam(read, 0), 1) << version;
+    EXPECT_EQ(read.count, 1025);
+    EXPECT_TRUE(SameBytes(RecordsOf(read, recordSize), records)) << version;
+    const Bytes oneLess(records.begin(), records.end() - 1);
+    const OnFile cut({{"QX50", ReadableSplit(version, 20, 1025, oneLess)}});
+    EXPECT_EQ(cut.handler.GetSplitParam(read, 0), 0) << version;
+    EXPECT_EQ(read.splits, nullptr);
+  }
+}
+
+TEST(HandlerSplit, OfManyRecordsIsReadBackAsItWasWritten) {
+  std::vector<SplitTypeV2> records(1025);
+  records[1024].colorantIndex = 3;
+  SplitParam written;
+  ASSERT_EQ(written.InitSplitParam(2, 1025, records.data()), 1);
+  OnFile file;
+  ASSERT_EQ(file.handler.WriteInkSplitTag(written), 1);
+  SplitParam read;
+  EXPECT_EQ(file.handler.GetSplitParam(read, 0), 1);
+  EXPECT_EQ(read.count, 1025);
+  EXPECT_EQ(file.handler.GetSplitParam(read, 1), 1);
+  EXPECT_EQ(read.version, 4);
+  EXPECT_EQ(read.size, 20 + 1025 * 9240);
 }
 
 TEST(HandlerSplit, RefusesANegativeCount) {

@@ -354,15 +354,21 @@ TEST(SplitXml, OfNoElementIsNotSaved) {
   EXPECT_EQ(document.root.GetChildCount(), 0);
 }
 
-TEST(SplitXml, OfMoreRecordsThanCanBeLoadedIsNotSaved) {
-  Document document;
-  SplitParam split;
-  std::vector<SplitTypeV2> records(1025);
-  ASSERT_EQ(split.InitSplitParam(2, 1025, records.data()), 1);
-  EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 0);
-  EXPECT_EQ(document.root.GetChildCount(), 0);
-  ASSERT_EQ(split.InitSplitParam(2, 1024, records.data()), 1);
-  EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 1);
+TEST(SplitXml, OfAnyNumberOfRecordsIsSavedAndLoaded) {
+  for (const int count : {1024, 1025, 2000}) {
+    std::vector<SplitTypeV2> records(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) records[static_cast<std::size_t>(i)].colorantIndex = i + 7;
+    SplitParam split;
+    ASSERT_EQ(split.InitSplitParam(2, count, records.data()), 1);
+    Document document;
+    EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 1);
+    SplitParam loaded;
+    EXPECT_EQ(loaded.Serialize(document.tree, document.root, 1), 1);
+    EXPECT_EQ(loaded.count, count);
+    EXPECT_EQ(loaded.size, 20 + 76 * count);
+    ASSERT_NE(loaded.splits, nullptr);
+    EXPECT_EQ(static_cast<SplitTypeV2*>(loaded.splits)[count - 1].colorantIndex, count + 6);
+  }
 }
 
 TEST(SplitXml, OfASetWithoutItsRecordsEndsWell) {
@@ -623,7 +629,7 @@ TEST(SplitXml, RefusesCountsOutOfRange) {
   }
 }
 
-TEST(SplitXml, TakesCountsUpTo1024) {
+TEST(SplitXml, RecordsWithoutAnElementAreTakenUpTo1024) {
   Document document;
   document.Head("4", "1024").AddChild("item", "").SetAttribute("colorantIndex", "3");
   SplitParam split;
@@ -633,13 +639,16 @@ TEST(SplitXml, TakesCountsUpTo1024) {
   EXPECT_EQ(V4(split, 0).colorantIndex, 3);
   EXPECT_EQ(V4(split, 1023).colorantIndex, -1);
 
-  // Not above, though the elements are there.
-  AXMLTreeNode list = document.root.GetChild("ListSplit");
-  for (int i = 1; i < 1025; ++i) list.AddChild("item", "");
-  EXPECT_EQ(list.GetChildCount(), 1025);
+  // Above, only where each has its element.
   document.root.SetAttribute("NumofColor2Split", "1025");
+  AXMLTreeNode list = document.root.GetChild("ListSplit");
+  for (int i = 1; i < 1024; ++i) list.AddChild("item", "");
   EXPECT_EQ(split.Serialize(document.tree, document.root, 1), 0);
   EXPECT_EQ(split.splits, nullptr);
+  list.AddChild("other", "").SetAttribute("colorantIndex", "5");
+  EXPECT_EQ(split.Serialize(document.tree, document.root, 1), 1);
+  EXPECT_EQ(split.count, 1025);
+  EXPECT_EQ(V4(split, 1024).colorantIndex, 5);
 }
 
 // One record.
