@@ -75,17 +75,26 @@ int FillFromFile(VKPrivateTag& tag, VKPrivateTagSignature signature, vkcl::FileC
   return 1;
 }
 
-// Asks each link for its length. The total length of the payload, or -1.
-std::int64_t MeasureLinks(VKSpotLinDLParam& links) {
-  std::int64_t total = std::int64_t{links.nameLength} + 4 * std::int64_t{links.count} + 16;
+// Adds to the record's size. False when the field cannot hold it.
+bool Grow(VKSpotLinDLParam& links, std::int64_t length) {
+  if (length > std::int64_t{INT32_MAX} - links.size) return false;
+  links.size += static_cast<std::int32_t>(length);
+  return true;
+}
+
+// Asks each link for its length, and stores it and the payload's in the record: after a link that
+// is refused, those of the links before it.
+bool MeasureLinks(VKSpotLinDLParam& links) {
+  links.size = 0;
+  if (!Grow(links, std::int64_t{links.nameLength} + 4 * std::int64_t{links.count} + 16))
+    return false;
   for (std::int32_t i = 0; i < links.count; ++i) {
     unsigned int length = 0;
-    if (CLSaveLink8ToMemory(links.links[i], nullptr, 0, &length) != 0) return -1;
-    if (length > INT32_MAX) return -1;
+    if (CLSaveLink8ToMemory(links.links[i], nullptr, 0, &length) != 0) return false;
+    if (!Grow(links, length)) return false;
     links.linkSizes[i] = static_cast<std::int32_t>(length);
-    total += length;
   }
-  return total;
+  return true;
 }
 
 bool IsWhole(const VKSpotLinDLParam& links) {
@@ -208,10 +217,8 @@ int VKPrivateTag::InitFromVKSpotSIL(const VKSpotSingleInkLimit& limits) {
 
 int VKPrivateTag::InitFromVKSpotLinDL(VKSpotLinDLParam& links) {
   if (!IsWhole(links)) return 0;
-  const std::int64_t total = MeasureLinks(links);
-  if (!InRange(total, 0, INT32_MAX)) return 0;
-  links.size = static_cast<std::int32_t>(total);
-  PayloadWriter payload(static_cast<std::size_t>(total));
+  if (!MeasureLinks(links)) return 0;
+  PayloadWriter payload(static_cast<std::size_t>(links.size));
   if (!payload) return 0;
   payload.Put(links.version).Put(links.size).Put(links.count).Put(links.nameLength);
   payload.Put(links.name, static_cast<std::size_t>(links.nameLength));

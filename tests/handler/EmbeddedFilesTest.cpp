@@ -10,6 +10,7 @@
 
 #include "handler/VKCLProfileHandler.h"
 #include "platform/profiler/TesselColorProfiler.h"
+#include "support/ProfilerCalls.h"
 #include "support/Counts.h"
 #include "support/PeakMemory.h"
 #include "support/RealProfiles.h"
@@ -33,14 +34,17 @@ using vkcl::testing::ConvertWithLcms;
 using vkcl::testing::Fault;
 using vkcl::testing::FaultAt;
 using vkcl::testing::FileTag;
+using vkcl::testing::HeldLinks16;
 using vkcl::testing::HexBytes;
 using vkcl::testing::OpenHandles;
 using vkcl::testing::Pattern;
 using vkcl::testing::PayloadOf;
 using vkcl::testing::ProfileFile;
+using vkcl::testing::ProfilerCall;
 using vkcl::testing::ReadFile;
 using vkcl::testing::RealProfile;
 using vkcl::testing::RealProfiles;
+using vkcl::testing::RefusedProfilerCall;
 using vkcl::testing::SameBytes;
 using vkcl::testing::SignaturesOf;
 using vkcl::testing::TempDir;
@@ -570,6 +574,55 @@ TEST(CopyOfALink, RefusesHandlesOfAnotherKind) {
   EXPECT_EQ(CopyCLLinkRef(HeldProfile(built), nullptr), nullptr);
 }
 
+TEST(CopyOfALink, ThatCannotBeLoadedIsReleasedAndTellsItsSize) {
+  const Bytes built = RgbToCmyk();
+  const Link16 link;
+  ASSERT_EQ(CLLoadLink16FromMemory(link, built.data(), Length(built)), 0);
+  const int held = HeldLinks16();
+  const RefusedProfilerCall refused(ProfilerCall::LoadLink16);
+  unsigned int size = 4711;
+  EXPECT_EQ(CopyCLLinkRef(link, &size), nullptr);
+  EXPECT_EQ(size, built.size());
+  EXPECT_EQ(HeldLinks16(), held);
+}
+
+TEST(CopyOfALink, OfALinkThatTellsNoSizeOrHasNoPlaceIsNothing) {
+  const Link16 link;
+  const int held = HeldLinks16();
+  unsigned int size = 4711;
+  for (const ProfilerCall call : {ProfilerCall::SaveLink16, ProfilerCall::NewLink16}) {
+    const RefusedProfilerCall refused(call);
+    EXPECT_EQ(CopyCLLinkRef(link, &size), nullptr);
+    EXPECT_EQ(size, 4711u);
+    EXPECT_EQ(HeldLinks16(), held);
+  }
+}
+
+// Deliberate: the new link of a source that cannot be saved is left to itself.
+TEST(CopyOfALink, OfASourceThatCannotBeSavedLeavesTheNewLink) {
+  const Link16 link;
+  const int held = HeldLinks16();
+  unsigned int size = 4711;
+  {
+    const RefusedProfilerCall refused(ProfilerCall::SaveLink16, 1);
+    EXPECT_EQ(CopyCLLinkRef(link, &size), nullptr);
+  }
+  EXPECT_EQ(size, 4711u);
+  ASSERT_EQ(HeldLinks16(), held + 1);
+  CLFreeCLLink16Ref(vkcl::testing::LastLink16());
+}
+
+TEST(EmbeddedProfile, ThatTheProfilerRefusesToWriteChangesNothing) {
+  const HeldProfile held(RgbToCmyk());
+  for (const int which : {0, 1}) {
+    OnFile file(AllKinds());
+    const Bytes before = file.File();
+    const RefusedProfilerCall refused(ProfilerCall::WriteProfile, which);
+    EXPECT_EQ(file.handler.WriteCLICCProfieRef(held, VKCLProfileHandler::EnbedFile1), 0);
+    EXPECT_TRUE(SameBytes(file.File(), before));
+  }
+}
+
 // Text of the host as UTF-8.
 
 TEST(HostTextAsUtf8, OfAsciiIsTheSameText) {
@@ -788,6 +841,30 @@ TEST(HostTextAsUtf8, NamesAProfileToTheProfiler) {
         "f \xE5\x8D\xB0.icc");
   }),
             "310");
+}
+
+// Bytes that would be UTF-8 are two characters of the host's, and reach the file of that name.
+TEST(HostTextAsUtf8, NamesAProfileOfALatin1HostToTheProfiler) {
+  const Locale latin1("de_DE", "ISO-8859-1");
+  if (!latin1.works()) GTEST_SKIP() << "localedef makes no such locale here";
+  EXPECT_EQ(latin1.Run([] {
+    const std::string total = InkTotalOf("\xC3\xBC.icc");
+    const std::string& named = vkcl::testing::LastNamedPath();
+    return total + ' ' + named.substr(named.rfind('/') + 1);
+  }),
+            "310 \xC3\x83\xC2\xBC.icc");
+}
+
+TEST(HostTextAsUtf8, NamesTheFullPathToTheProfiler) {
+  const TempDir dir;
+  std::filesystem::create_directory(dir.path() / "a");
+  const std::string path = dir.Write("p.icc", ReadFile(RealProfile("srgb.icc")));
+  VKCLProfileOptions options;
+  VKCLProfileHandler(AFilePath(dir.File("a/../p.icc")), 0).GetProfileOptions(options);
+  EXPECT_EQ(vkcl::testing::LastNamedPath(), path);
+  VKCLProfileHandler(AFilePath("absent.icc"), 3).GetProfileOptions(options);
+  EXPECT_EQ(vkcl::testing::LastNamedPath(),
+            (std::filesystem::current_path() / "absent.icc").string());
 }
 
 TEST(HostTextAsUtf8, LeavesTheLocaleAlone) {

@@ -7,6 +7,7 @@
 #include "privatetags/ProfileDataList.h"
 #include "privatetags/VKPrivateTag.h"
 #include "split/SplitParam.h"
+#include "support/ProfilerCalls.h"
 #include "support/RealProfiles.h"
 #include "support/SystemCalls.h"
 #include "support/TagFile.h"
@@ -795,6 +796,62 @@ TEST(PayloadBuilders, SpotLinksOfWhichOneCannotBeSavedAreRefused) {
   VKPrivateTag tag;
   EXPECT_EQ(tag.InitFromVKSpotLinDL(spot), 0);
   EXPECT_EQ(tag.size, 0u);
+}
+
+// Lengths are stored link by link, in the array and in the record's size, up to one that is
+// refused.
+TEST(PayloadBuilders, SpotLinksOfWhichOneIsRefusedHaveTheLengthsOfThoseBeforeIt) {
+  VKSpotLinDLParam spot;
+  spot.SetData(3, "Gold");
+  const Bytes link = BuildRealLink(spot.links[0]);
+  spot.linkSizes[1] = spot.linkSizes[2] = 4711;
+  const vkcl::testing::RefusedProfilerCall refused(vkcl::testing::ProfilerCall::SaveLink8, 1);
+  VKPrivateTag tag;
+  EXPECT_EQ(tag.InitFromVKSpotLinDL(spot), 0);
+  EXPECT_EQ(spot.linkSizes[0], static_cast<int>(link.size()));
+  EXPECT_EQ(spot.linkSizes[1], 4711);
+  EXPECT_EQ(spot.linkSizes[2], 4711);
+  EXPECT_EQ(spot.size, 4 + 4 * 3 + 16 + static_cast<int>(link.size()));
+  EXPECT_EQ(tag.data, nullptr);
+  EXPECT_EQ(tag.size, 0u);
+}
+
+// A link that has told its length and is then not saved: the block stays with the tag, as far as it
+// was filled, and has no length, so that nobody writes it.
+TEST(PayloadBuilders, ABlockOfWhichALinkCannotBeSavedStaysWithoutALength) {
+  VKSpotLinDLParam spot;
+  spot.SetData(1, "Gold");
+  BuildRealLink(spot.links[0]);
+  const vkcl::testing::RefusedProfilerCall refused(vkcl::testing::ProfilerCall::SaveLink8, 1);
+  VKPrivateTag tag;
+  tag.SetSignature(QX50);
+  EXPECT_EQ(tag.InitFromVKSpotLinDL(spot), 0);
+  EXPECT_EQ(tag.size, 0u);
+  EXPECT_EQ(tag.signature, QX50);
+  ASSERT_NE(tag.data, nullptr);
+  EXPECT_EQ(std::string(tag.data + 16, 4), "Gold");
+}
+
+// A tag is meant to be filled once: the block that it held is its owner's.
+TEST(PayloadBuilders, ABlockThatTheTagHeldIsNotReleased) {
+  char* const held = new char[4]{'h', 'e', 'l', 'd'};
+  VKPrivateTag tag;
+  tag.data = held;
+  tag.size = 4;
+  EXPECT_EQ(tag.InitWizardTag(7), 1);
+  EXPECT_NE(tag.data, held);
+  EXPECT_EQ(std::string(held, 4), "held");
+  delete[] held;
+}
+
+// Without values the counters are stored as they are.
+TEST(PayloadBuilders, DataListWithoutValuesKeepsNegativeCounters) {
+  ProfileDataList list;
+  list.NumOfSamples = -5;
+  list.NumOfColors = -1;
+  list.Measured = -2;
+  EXPECT_EQ(Built(QX54, [&](VKPrivateTag& tag) { return tag.InitFromProfileDataList(list, QX54); }),
+            HexBytes("00000000 FBFFFFFF 00000000 FFFFFFFF FEFFFFFF 00000000"));
 }
 
 TEST(PayloadBuilders, SpotLinksThatLackWhatTheyCountAreRefused) {
