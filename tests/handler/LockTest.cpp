@@ -657,4 +657,20 @@ TEST(LockOperations, ThatFailToWriteKeepTheNewColourSpaceAndStatusInMemory) {
   }
 }
 
+// What a short payload lacks, the record that is written back has from its beginnings.
+TEST(Lock, OfShortColourParametersWritesAWholeRecord) {
+  for (const std::size_t length : {0u, 4u, 7u}) {
+    Bytes payload = Payload().Int(6).Int(1068);
+    payload.resize(length);
+    const TempDir dir;
+    const std::string path =
+        dir.Write("p.icc", ProfileFile({Limits(141), {"QX53", payload}, {"QX54", Pattern(24, 1)}}));
+    VKCLProfileHandler handler(AFilePath(path), 4);
+    EXPECT_EQ(handler.UnLockVKCLProfile(), 1) << length;
+    EXPECT_TRUE(SameBytes(PayloadOf(ReadFile(path), "QX53").value_or(Bytes()),
+                          Payload().Int(length >= 4 ? 6 : 1).Int(1068).Int(10).Fill(1056)))
+        << length;
+  }
+}
+
 }  // namespace

@@ -1018,6 +1018,21 @@ TEST(HandlerColorParam, OfALongPayloadFillsTheRecord) {
   }
 }
 
+// The clean-ups are made on what the record holds.
+TEST(HandlerColorParam, OfAnEmptyPayloadIsTheRecordAsItWas) {
+  const OnFile file({{"QX53", Bytes()}});
+  VKColorParam kept;
+  kept.status = 4;
+  std::strcpy(kept.Make, "Hewlett-Packard");
+  std::strcpy(kept.MediaName, " Kept ");
+  EXPECT_EQ(file.handler.GetVKColorParam(kept), 1);
+  EXPECT_EQ(kept.version, 1);
+  EXPECT_EQ(kept.size, 1068);
+  EXPECT_EQ(kept.status, 4);
+  EXPECT_STREQ(kept.Make, "HP");
+  EXPECT_STREQ(kept.MediaName, "Kept");
+}
+
 TEST(HandlerColorParam, OfAShortPayloadKeepsTheRestOfTheRecord) {
   Bytes payload = ColorPayload("Make", "Media");
   for (const std::size_t size : {1067u, 600u, 400u}) {

@@ -101,6 +101,22 @@ TEST(VKMultiInklimit, VersionOneBecomesVersionTwoLimitByLimit) {
                                      }));
 }
 
+TEST(SpotRecords, SetDataLeavesTheVersion) {
+  double values[] = {1.0};
+  VKSpotSingleInkLimit limits;
+  limits.version = 5;
+  limits.SetData(1, "Red", values);
+  EXPECT_EQ(limits.version, 5);
+  limits.SetData(0, "Red", nullptr);
+  EXPECT_EQ(limits.version, 5);
+  VKSpotLinDLParam links;
+  links.version = 6;
+  links.SetData(1, "Red");
+  EXPECT_EQ(links.version, 6);
+  links.SetData(0, "Red");
+  EXPECT_EQ(links.version, 6);
+}
+
 TEST(VKMultiInklimit, ConversionGivesNoNegativeZero) {
   for (const double limit : {-1.4, -0.9, -0.6}) {
     EXPECT_EQ(Converted(1, limit, 1), 0.0) << limit;

@@ -242,6 +242,15 @@ TEST(VKDitherParam, WithoutAGivenTableFailsAndIsLeftWithoutOne) {
   EXPECT_EQ(dither.table, nullptr);
 }
 
+TEST(VKDitherParam, StoresTheTypeAlsoWithoutAGivenTable) {
+  VKDitherParam dither;
+  ASSERT_EQ(dither.InitDitherParam(2, nullptr), 0);
+  ASSERT_EQ(dither.type, 2);
+  EXPECT_EQ(dither.InitDitherParam(1, nullptr), 0);
+  EXPECT_EQ(dither.type, 1);
+  EXPECT_EQ(dither.size, 16);
+}
+
 TEST(VKDitherParam, GivenItsOwnTableKeepsTheContents) {
   VKDitherParam dither;
   ASSERT_EQ(dither.InitDitherParam(1, CountingTable().get()), 1);

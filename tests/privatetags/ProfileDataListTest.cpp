@@ -164,6 +164,22 @@ TEST(ProfileDataList, CopiesAreDeep) {
   }
 }
 
+TEST(ProfileDataList, AssignmentCopiesThePerSampleArrayOfAListWithoutValues) {
+  ProfileDataList from;
+  from.NumOfSamples = 2;
+  GivePerSample(from, 5);
+  ProfileDataList to;
+  Fill(to);
+  GivePerSample(to, 9);
+  to = from;
+  EXPECT_EQ(to.DataList, nullptr);
+  ASSERT_NE(to.PerSample, nullptr);
+  EXPECT_EQ(to.PerSample[0], 5);
+  EXPECT_EQ(to.PerSample[1], 6);
+  to = ProfileDataList();
+  EXPECT_EQ(to.PerSample, nullptr);
+}
+
 TEST(ProfileDataList, AssignmentReplacesEverything) {
   ProfileDataList to;
   to.NumOfColors = 5;

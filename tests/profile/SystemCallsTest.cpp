@@ -112,8 +112,7 @@ TEST(SystemCalls, ASameSizeWriteIsOneOpenOneReadOneWriteOneClose) {
   VKCLProfileHandler handler(AFilePath(dir.Write("p.icc", Profile({20, 140, 300, 1068, 33}))), 0);
   const CallLog log;
   EXPECT_EQ(handler.WriteVKColorParamTag(VKColorParam()), 1);
-  EXPECT_EQ(log.Kinds(),
-            (Kinds{CallKind::Open, CallKind::Read, CallKind::Write, CallKind::Close}));
+  EXPECT_EQ(log.Kinds(), (Kinds{CallKind::Open, CallKind::Read, CallKind::Write, CallKind::Close}));
   EXPECT_EQ(log.Bytes(CallKind::Read), 1080u);
   EXPECT_EQ(log.Bytes(CallKind::Write), 1080u);
 }

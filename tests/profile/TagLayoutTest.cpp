@@ -212,7 +212,8 @@ void FailToStore(VKCLProfile& profile, VKPrivateTagSignature sig, std::size_t le
 }
 
 TEST(TagLayout, ASecondTryIsJudgedByTheSizeInTheFile) {
-  // The last of the table, but not of the file: only a write of the same length leaves "cccc" whole.
+  // The last of the table, but not of the file: only a write of the same length leaves "cccc"
+  // whole.
   const Bytes bytes = Profile({{"aaaa", 168, 20}, {"cccc", 208, 32}, {"QX51", 188, 20}}, 240);
   const TempDir dir;
   VKCLProfile profile(AFilePath(dir.Write("p.icc", bytes)), 4);

@@ -298,7 +298,8 @@ TEST(VKCLProfileLoad, ATableCutShortIsKeptAsItIsAndNothingIsFoundInIt) {
     const VKCLProfile copied(loaded);
     VKCLProfile assigned(dir.Write("b.icc", whole), 0);
     assigned = loaded;
-    for (const VKCLProfile* profile : {&loaded, &copied, const_cast<const VKCLProfile*>(&assigned)}) {
+    for (const VKCLProfile* profile :
+         {&loaded, &copied, const_cast<const VKCLProfile*>(&assigned)}) {
       EXPECT_EQ(profile->isValidICC(), 0);
       EXPECT_EQ(profile->tagCount, 3u);
       ASSERT_NE(profile->tagTable, nullptr);

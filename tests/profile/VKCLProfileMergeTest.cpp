@@ -2,6 +2,7 @@
 
 #include "profile/VKCLProfile.h"
 #include "support/ImageBuilder.h"
+#include "support/OtherProcess.h"
 #include "support/RealProfiles.h"
 #include "support/SystemCalls.h"
 #include "support/TempDir.h"
@@ -563,6 +564,25 @@ TEST(VKCLProfileMerge, RefusesFilesThatAreGone) {
   EXPECT_TRUE(SameBytes(ReadFile(noSource.targetPath), TargetImage()));
   EXPECT_FALSE(std::filesystem::exists(noSource.sourcePath));
 }
+
+#if !defined(_WIN32)
+TEST(VKCLProfileMerge, NeedsToReadTheSourceOnly) {
+  const TempDir dir;
+  const std::string source = dir.Write("source.icc", SourceImage());
+  const std::string target = dir.Write("target.icc", TargetImage());
+  for (const std::string& path : {source, target}) vkcl::testing::GiveToOrdinaryUser(path);
+  std::filesystem::permissions(source, std::filesystem::perms::owner_read);
+  std::filesystem::permissions(dir.path(), std::filesystem::perms::others_exec,
+                               std::filesystem::perm_options::add);
+  vkcl::testing::AsOrdinaryUser([&] {
+    VKCLProfile from(AFilePath(source), 0);
+    VKCLProfile to(AFilePath(target), 0);
+    EXPECT_EQ(from.MergeVKPrivateTagIntoStandICC(to), 1);
+  });
+  EXPECT_TRUE(
+      SameBytes(ReadFile(target), ProfileImage(TargetHeader(), TargetTags() + PrivateTags())));
+}
+#endif
 
 TEST(VKCLProfileMerge, RefusesMoreThan32BitsCanState) {
   // 300 tags of 16 MB on one block, of zeros that take no room on disk.

@@ -534,6 +534,32 @@ TEST_F(VKCLProfileRead, WholeReadsRefuseOtherTypesAndWhatLeavesTheFile) {
   }
 }
 
+// The numbers of the head are the host's before the type is looked at: also of another type.
+TEST_F(VKCLProfileRead, WholeReadsConvertTheHeadOfAnotherTypeToo) {
+  std::uint32_t room[8] = {};
+  const VKCLProfile text = OneTag(Sig("targ"), 144, 24);
+  EXPECT_EQ(ProfilePeer::ReadDataType(text, Entry(Sig("targ"), 144, 24), room), 0);
+  EXPECT_EQ(room[0], Sig("text"));
+  EXPECT_EQ(room[2], Sig("0123"));  // where a 'data' tag has its flag
+  EXPECT_EQ(std::memcmp(room + 3, "456789AB", 8), 0);
+  const VKCLProfile data = OneTag(Sig("QX50"), 144, 28);
+  EXPECT_EQ(ProfilePeer::ReadTextType(data, Entry(Sig("QX50"), 144, 28), room), 0);
+  EXPECT_EQ(room[0], Sig("data"));
+  EXPECT_EQ(room[2], 0x01000000u);  // as stored: a text begins here
+}
+
+// An object that is not valid for its colour space alone has its table, and reads by it.
+TEST_F(VKCLProfileRead, TheTargetOfAProfileWithoutADeviceColourSpaceIsRead) {
+  const Bytes image =
+      ProfileImage(ProfileHeader(Sig("prtr"), Sig("Lab ")), {{Sig("targ"), TextTag("BEGIN")}});
+  const VKCLProfile profile(dir_.Write("lab.icc", image), 0);
+  ASSERT_EQ(profile.isValidICC(), 0);
+  unsigned long size = 77;
+  const std::unique_ptr<char[]> text(profile.ReadtargTag(size));
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(std::string(text.get(), size), "BEGIN");
+}
+
 TEST_F(VKCLProfileRead, ContentReadsTakeTheTagAsGiven) {
   const VKCLProfile data = OneTag(Sig("QX50"), 0, 0);  // the table's entry plays no part
   char room[32];

@@ -1140,6 +1140,20 @@ TEST_F(VKCLProfileWrite, ChannelCounts3To16GiveTheColourSpaceOfTheCreatedProfile
   }
 }
 
+// The channel count decides, not what the object's header was set to before.
+TEST_F(VKCLProfileWrite, ACreatedProfileHasTheColourSpaceOfItsChannelsWhateverWasSetBefore) {
+  for (const int mode : {16, 512}) {
+    const std::string path = dir_.File("new.icc");
+    VKCLProfile profile(path, 4);
+    profile.UpdateHeaderColorSpace(mode);
+    EXPECT_EQ(profile.GetColorSpace(), mode == 16 ? Sig("CMY ") : Sig("RGB "));
+    ASSERT_EQ(Write(profile, Sig("QX51"), Pattern(5, 1)), 1);
+    EXPECT_EQ(profile.GetColorSpace(), Sig("CMYK"));
+    EXPECT_EQ(vkcl::testing::Big32At(ReadFile(path), 16), Sig("CMYK"));
+    std::filesystem::remove(path);
+  }
+}
+
 TEST_F(VKCLProfileWrite, OtherChannelCountsCreateNothing) {
   for (const int channels : {0, 1, 2, 17, 18, 256 + 4, -1, -4, INT_MAX, INT_MIN}) {
     const std::string path = dir_.File("new.icc");

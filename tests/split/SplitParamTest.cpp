@@ -436,4 +436,45 @@ TEST(SplitTypeV2Array, ReleaseFunctionLeavesMemoryThatIsNotOnTheHeap) {
   EXPECT_EQ(onTheStack[1].size, 76u);
 }
 
+TEST(SplitParam, AnUnknownVersionLeavesTheSize) {
+  SplitTypeV2 record;
+  SplitParam split;
+  ASSERT_EQ(split.InitSplitParam(2, 1, &record), 1);
+  for (const long version : {5L, 1L, 0L, -1L}) {
+    EXPECT_EQ(split.InitSplitParam(version, 3, &record), 0);
+    EXPECT_EQ(split.version, version);
+    EXPECT_EQ(split.count, 3);
+    EXPECT_EQ(split.size, 96);
+    EXPECT_EQ(split.splits, nullptr);
+  }
+}
+
+TEST(SplitParam, OfNoRecordsNeedsNone) {
+  for (const long version : {2L, 3L, 4L}) {
+    SplitTypeV2 record;
+    SplitParam split;
+    ASSERT_EQ(split.InitSplitParam(2, 1, &record), 1);
+    EXPECT_EQ(split.InitSplitParam(version, 0, nullptr), 1) << version;
+    EXPECT_EQ(split.version, version);
+    EXPECT_EQ(split.count, 0);
+    EXPECT_EQ(split.size, 20);
+    EXPECT_NE(split.splits, nullptr);
+  }
+}
+
+TEST(SplitParam, ASetOfNoRecordsIsConverted) {
+  SplitParam split;
+  ASSERT_EQ(split.InitSplitParam(2, 0, nullptr), 1);
+  split.ConvertToV3();
+  EXPECT_EQ(split.version, 3);
+  EXPECT_EQ(split.size, 20);
+  split.ConvertToV4();
+  EXPECT_EQ(split.version, 4);
+  ASSERT_EQ(split.InitSplitParam(2, 0, nullptr), 1);
+  split.ConvertToV4();
+  EXPECT_EQ(split.version, 4);
+  EXPECT_EQ(split.size, 20);
+  EXPECT_NE(split.splits, nullptr);
+}
+
 }  // namespace
