@@ -1,26 +1,28 @@
 """What is changed in an area, and which tests are to notice it (patterns from the project's root).
+
+Each room of the library is an area; `files` is what of the platform the profile store rests on.
 """
 
+_FILES = ('FileRewrite', 'SiblingFile', 'ReplaceFile', 'WholeFile', 'AFile')
+
+
+def _room(name, *others):
+    return {'sources': [f'src/{name}/*.cpp', f'src/{name}/*.h'],
+            'tests': [f'tests/{folder}/*.cpp' for folder in (name, 'faults', *others)]}
+
+
 AREAS = {
-    'store': {
-        'sources': ['src/profile/*.cpp', 'src/profile/T*.h', 'src/profile/VKCLProfile.h',
-                    *(f'src/platform/plinth/{name}.cpp' for name in
-                      ('FileRewrite', 'SiblingFile', 'ReplaceFile', 'WholeFile', 'AFile'))],
+    'profile': _room('profile'),
+    'privatetags': _room('privatetags', 'handler'),
+    'split': _room('split', 'handler'),
+    'handler': _room('handler'),
+    'vsd': _room('vsd'),
+    'colornames': _room('colornames'),
+    'files': {
+        'sources': [f'src/platform/plinth/{name}.{ending}' for name in _FILES
+                    for ending in ('cpp', 'h')],
         'tests': ['tests/profile/*.cpp', 'tests/faults/*.cpp',
-                  *(f'tests/platform/{name}Test.cpp' for name in
-                    ('FileRewrite', 'SiblingFile', 'ReplaceFile', 'WholeFile', 'AFile'))],
-    },
-    'payloads': {
-        'sources': ['src/privatetags/*.cpp', 'src/privatetags/*.h', 'src/handler/TagReading.*'],
-        'tests': ['tests/privatetags/*.cpp', 'tests/handler/*.cpp', 'tests/faults/*.cpp'],
-    },
-    'colormodes': {
-        'sources': ['src/colornames/*.cpp'],
-        'tests': ['tests/colornames/*.cpp'],
-    },
-    'target': {
-        'sources': ['src/handler/TargetParser.cpp'],
-        'tests': ['tests/handler/TargetParserTest.cpp'],
+                  *(f'tests/platform/{name}Test.cpp' for name in _FILES)],
     },
 }
 
