@@ -5,7 +5,8 @@
 #include "platform/plinth/AString.h"
 
 /// Seven of the profiler library's options, as text. Each member is named as its option's key.
-struct VKCL_API VKCLProfileOptions {
+class VKCL_API VKCLProfileOptions {
+ public:
   ///@{
   /// The value of the option of that name, as the profile has it; a default until it is read.
   AString ProfileSize = "2";

@@ -12,7 +12,8 @@
 /// Filled by VKCLProfileHandler::GetVKCLProfileProperties. Each member starts as its own type does,
 /// and copies as its own type does (an assigned dither record carries only the head of its table),
 /// but for the spot ink limit: a copy here has arrays of its own.
-struct VKCL_API VKCLProfileProperties {
+class VKCL_API VKCLProfileProperties {
+ public:
   VKSingleInkLimitWithLinRef singleInkLimit;  ///< 'QX51'
   VKMultiInklimit multiInkLimit;              ///< 'QX52', of version 2 or above
   SplitParam split;         ///< 'QX50' in version 4, as the handler's GetSplitParam reads it

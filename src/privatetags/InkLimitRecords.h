@@ -12,7 +12,8 @@
 #pragma pack(push, 4)
 
 /// Limits of combinations of inks; tag 'QX52'.
-struct VKCL_API VKMultiInklimit {
+class VKCL_API VKMultiInklimit {
+ public:
   std::int32_t version = 4;  ///< 1, 2 or 4; see ConvertToCurrentVersion
   std::int32_t size = 300;   ///< bytes that the tag holds
   std::int32_t count = 36;   ///< number of limits
@@ -32,7 +33,8 @@ struct VKCL_API VKMultiInklimit {
 };
 
 /// Limits of the single channels; tag 'QX51', always 140 bytes.
-struct VKCL_API VKSingleInkLimitWithLinRef {
+class VKCL_API VKSingleInkLimitWithLinRef {
+ public:
   std::int32_t version = 1;  ///< version of the record
   std::int32_t size = 140;   ///< bytes that the tag holds
   std::int32_t count = 16;   ///< number of limits
@@ -44,7 +46,8 @@ struct VKCL_API VKSingleInkLimitWithLinRef {
 };
 
 /// Extra data of the linearisation; tag 'QX70', always 572 bytes.
-struct VKCL_API VKLinExtraDataParam {
+class VKCL_API VKLinExtraDataParam {
+ public:
   std::int32_t version = 1;        ///< version of the record
   char text[129] = {};             ///< zero-terminated; not interpreted
   unsigned char packing[3] = {};   ///< without meaning
@@ -64,7 +67,8 @@ static_assert(sizeof(VKLinExtraDataParam) == 572 && offsetof(VKLinExtraDataParam
 
 /// Limits of a spot colour; tag 'QX68'. The destructor releases both arrays. Copies share them:
 /// copying is shallow by design, and only one copy may be destroyed while it holds them.
-struct VKCL_API VKSpotSingleInkLimit {
+class VKCL_API VKSpotSingleInkLimit {
+ public:
   std::int32_t version = 1;  ///< version of the record
   std::int32_t size = 0;     ///< bytes that the tag holds: name length + 8 x count + 12
   std::int32_t count = 0;    ///< number of limits
@@ -88,7 +92,8 @@ struct VKCL_API VKSpotSingleInkLimit {
 
 /// Linearisation links of a spot colour; tag 'QX69'. The destructor releases the arrays and the
 /// links. Copies share them, as with VKSpotSingleInkLimit.
-struct VKCL_API VKSpotLinDLParam {
+class VKCL_API VKSpotLinDLParam {
+ public:
   std::int32_t version = 1;           ///< version of the record
   std::int32_t size = 0;              ///< bytes that the tag holds; set when the tag is built
   std::int32_t count = 0;             ///< number of links

@@ -10,7 +10,8 @@
 #pragma pack(push, 4)
 
 /// Colour parameters of a print set-up; tag 'QX53'.
-struct VKCL_API VKColorParam {
+class VKCL_API VKColorParam {
+ public:
   std::int32_t version = 1;              ///< version of the record
   std::int32_t size = 1068;              ///< bytes that the tag holds
   std::int32_t status = 0;               ///< workflow state; 9 to 13 carry the lock state
@@ -32,36 +33,42 @@ struct VKCL_API VKColorParam {
 };
 
 /// Head of tag 'QX71': the name of the VSD sidecar file that follows it.
-struct VKCL_API VKVSDProfileParam {
+class VKCL_API VKVSDProfileParam {
+ public:
   std::int32_t version = 1;  ///< version of the record
   char fileName[128] = {};   ///< last path component; not terminated when it fills the field
 };
 
 /// Opaque block of the host; tag 'QX67'.
-struct VKCL_API VKCompatibilityParam {
+class VKCL_API VKCompatibilityParam {
+ public:
   unsigned char bytes[64] = {};  ///< carried, not interpreted
 };
 
 /// Extra parameters; tag 'QX76'.
-struct VKCL_API VKProfileExtraParam {
+class VKCL_API VKProfileExtraParam {
+ public:
   std::int32_t version = 1;  ///< version of the record
   std::int32_t value = 0;    ///< carried, not interpreted
 };
 
 /// Screen angles as text. No tag carries it.
-struct VKCL_API VKAngleScreenParam {
+class VKCL_API VKAngleScreenParam {
+ public:
   char text1[128] = {};  ///< not interpreted
   char text2[128] = {};  ///< not interpreted
   char text3[128] = {};  ///< not interpreted
 };
 
 /// Head of every dither table: its length in bytes.
-struct VKCL_API DitherTypeBase {
+class VKCL_API DitherTypeBase {
+ public:
   std::uint32_t size = 0;  ///< length of the table, this field included
 };
 
 /// The dither table; its bytes are carried and never interpreted.
-struct VKCL_API DitherTypeV1 : DitherTypeBase {
+class VKCL_API DitherTypeV1 : public DitherTypeBase {
+ public:
   unsigned char table[4112] = {};  ///< carried, not interpreted
 
   DitherTypeV1() { size = 4116; }
@@ -85,7 +92,8 @@ static_assert(sizeof(VKAngleScreenParam) == 384);
 static_assert(sizeof(DitherTypeBase) == 4 && sizeof(DitherTypeV1) == 4116);
 
 /// Dither parameters; tag 'QX66', which holds the table behind a head of 16 bytes.
-struct VKCL_API VKDitherParam {
+class VKCL_API VKDitherParam {
+ public:
   std::int32_t type = 1;          ///< 1 is the only type that has a table
   std::int32_t size = 16;         ///< bytes that the tag holds: 16, or 4132 with a table
   DitherTypeV1* table = nullptr;  ///< owned, may be null

@@ -11,16 +11,16 @@
 #include "platform/plinth/AString.h"
 
 class ProfileDataList;
-struct SplitParam;
-struct VKColorParam;
-struct VKCompatibilityParam;
-struct VKDitherParam;
-struct VKLinExtraDataParam;
-struct VKMultiInklimit;
-struct VKProfileExtraParam;
-struct VKSingleInkLimitWithLinRef;
-struct VKSpotLinDLParam;
-struct VKSpotSingleInkLimit;
+class SplitParam;
+class VKColorParam;
+class VKCompatibilityParam;
+class VKDitherParam;
+class VKLinExtraDataParam;
+class VKMultiInklimit;
+class VKProfileExtraParam;
+class VKSingleInkLimitWithLinRef;
+class VKSpotLinDLParam;
+class VKSpotSingleInkLimit;
 
 /// The signatures of the private tags: four characters as one big-endian number, 'QX' first.
 enum VKPrivateTagSignature : std::uint32_t {
@@ -69,7 +69,8 @@ constexpr bool IsPrivateSignature(std::uint32_t signature) { return signature >>
 /// record cannot be stored or memory is short; then the tag must not be written. The block is
 /// stored without releasing an earlier one: a tag is filled once. Bytes without meaning (where the
 /// record in memory holds a reference) are zeros, so equal records give equal bytes.
-struct VKCL_API VKPrivateTag {
+class VKCL_API VKPrivateTag {
+ public:
   /// Under which the tag is stored; 0 for none yet.
   VKPrivateTagSignature signature = static_cast<VKPrivateTagSignature>(0);
   char* data = nullptr;    ///< owned, allocated with array new; null when empty

@@ -16,7 +16,8 @@ class AXMLTreeNode;
 #pragma pack(push, 4)
 
 /// Head of every split record.
-struct VKCL_API SplitTypeBase {
+class VKCL_API SplitTypeBase {
+ public:
   std::uint32_t size = 0;           ///< length of the whole record in bytes
   std::int32_t colorantIndex = -1;  ///< colorant that the record splits; -1 when not set
 
@@ -26,7 +27,8 @@ struct VKCL_API SplitTypeBase {
 };
 
 /// Version 2: knots and amounts. -1.0 marks a knot that is not set.
-struct VKCL_API SplitTypeV2 : SplitTypeBase {
+class VKCL_API SplitTypeV2 : public SplitTypeBase {
+ public:
   float reserved = -1.0f;          ///< carried unchanged
   float lightPeakInput = -1.0f;    ///< input at which the light ink peaks
   float lightEndInput = -1.0f;     ///< input at which the light ink is back at 0
@@ -49,20 +51,23 @@ struct VKCL_API SplitTypeV2 : SplitTypeBase {
 };
 
 /// One point of a version 3 curve.
-struct VKCL_API SplitDotInfo {
+class VKCL_API SplitDotInfo {
+ public:
   float input = 0.0f;   ///< fraction, 0.0 to 1.0
   float amount = 0.0f;  ///< ink at that input, 0.0 to 1.0
 };
 
 /// One point of a version 4 curve.
-struct VKCL_API SplitDotInfo2 {
+class VKCL_API SplitDotInfo2 {
+ public:
   float input = 0.0f;   ///< fraction, 0.0 to 1.0
   float amount = 0.0f;  ///< ink at that input, 0.0 to 1.0
   float shape = 0.0f;   ///< of the curve there; its meaning is the consumer's
 };
 
 /// Version 3: three curves of up to 256 points. Points behind a curve's count are zeros.
-struct VKCL_API SplitTypeV3 : SplitTypeBase {
+class VKCL_API SplitTypeV3 : public SplitTypeBase {
+ public:
   SplitDotInfo light[256];         ///< curve of the light ink
   SplitDotInfo medium[256];        ///< curve of the medium ink
   SplitDotInfo dark[256];          ///< curve of the dark ink
@@ -74,11 +79,12 @@ struct VKCL_API SplitTypeV3 : SplitTypeBase {
   SplitTypeV3() { size = 6168; }
   /// The knots as points. Tails and shapes are lost. The medium curve starts at the light peak,
   /// also without a light one.
-  explicit SplitTypeV3(const SplitTypeV2& v2);
+  SplitTypeV3(const SplitTypeV2& v2);
 };
 
 /// Version 4: three curves of up to 256 points with a shape each.
-struct VKCL_API SplitTypeV4 : SplitTypeBase {
+class VKCL_API SplitTypeV4 : public SplitTypeBase {
+ public:
   SplitDotInfo2 light[256];        ///< curve of the light ink
   SplitDotInfo2 medium[256];       ///< curve of the medium ink
   SplitDotInfo2 dark[256];         ///< curve of the dark ink
@@ -90,9 +96,9 @@ struct VKCL_API SplitTypeV4 : SplitTypeBase {
   SplitTypeV4() { size = 9240; }
   /// Deliberately not the conversion through version 3: tails and shapes are kept, and a medium
   /// curve without a light one starts at input 0.
-  explicit SplitTypeV4(const SplitTypeV2& v2);
+  SplitTypeV4(const SplitTypeV2& v2);
   /// Shapes are 0. Counts outside 0 to 256 are taken as 0 or 256.
-  explicit SplitTypeV4(const SplitTypeV3& v3);
+  SplitTypeV4(const SplitTypeV3& v3);
 
   /// Saves the record into an element, or loads it; 1. Attributes "interpolation" and
   /// "colorantIndex"; child elements "light", "medium" and "dark" (none of them when the record's
@@ -109,7 +115,8 @@ static_assert(sizeof(SplitDotInfo) == 8 && sizeof(SplitDotInfo2) == 12);
 static_assert(sizeof(SplitTypeV3) == 6168 && sizeof(SplitTypeV4) == 9240);
 
 /// The split records of one ink set, all of one version; tag 'QX50'.
-struct VKCL_API SplitParam {
+class VKCL_API SplitParam {
+ public:
   std::int32_t version = 4;         ///< version of every record: 2, 3 or 4
   std::int32_t size = 20;           ///< bytes that the tag holds: 20 + count x record size
   std::int32_t count = 0;           ///< number of records

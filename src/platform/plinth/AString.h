@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "platform/Export.h"
@@ -53,10 +52,16 @@ class VKCL_API AString {
   /// Negative, zero or positive, as strcmp. Independent of the locale.
   int compareNoCase(const AString& other) const noexcept;
 
-  /// Position of the first occurrence of `text` at or behind `from`; npos when there is none.
-  std::size_t find(std::string_view text, std::size_t from = 0) const noexcept {
-    return text_.find(text, from);
+  ///@{
+  /// Position of the first occurrence of `text` at or after `from`; npos when there is none. A null
+  /// pointer is the empty text.
+  std::size_t find(const AString& text, std::size_t from = 0) const noexcept {
+    return text_.find(text.text_, from);
   }
+  std::size_t find(const char* text, std::size_t from = 0) const noexcept {
+    return text_.find(text != nullptr ? text : "", from);
+  }
+  ///@}
 
   /// Removes `character` from both ends, as often as it stands there.
   void trim(char character);
