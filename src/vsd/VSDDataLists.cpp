@@ -1,9 +1,10 @@
 // The data lists of the document. Values stand in it as their bytes, little-endian IEEE 754, in
 // hexadecimal digits: what is read back is what was measured, to the last bit.
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <memory>
-#include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -19,7 +20,7 @@ namespace {
 
 namespace element = vkcl::vsd;
 
-constexpr std::int64_t kMostBytes = std::int64_t{64} << 20;
+constexpr std::int64_t kMostValues = std::int64_t{8} << 20;
 
 using Signature = std::uint32_t ProfileDataList::*;
 using Integer = std::int32_t ProfileDataList::*;
@@ -49,16 +50,17 @@ void Set(ProfileDataList& list, const Counter& counter, std::int32_t value) {
   }
 }
 
-// Length of the values that the counters tell; -1 when they tell more than a list may have.
-std::int64_t ValueBytes(const ProfileDataList& list) {
-  if (list.NumOfSamples <= 0 || list.NumOfColors <= 0) return 0;
-  const std::int64_t values = std::int64_t{list.NumOfSamples} * list.NumOfColors;
-  return values <= kMostBytes / 8 ? values * 8 : -1;
+// The number of values that the counters tell; nothing when they tell more than a list may have.
+std::optional<std::size_t> ValueCount(const ProfileDataList& list) {
+  const std::int64_t values =
+      std::int64_t{std::max(list.NumOfSamples, 0)} * std::max(list.NumOfColors, 0);
+  if (values > kMostValues) return std::nullopt;
+  return static_cast<std::size_t>(values);
 }
 
 bool IsWhole(const ProfileDataList& list) {
-  const std::int64_t bytes = ValueBytes(list);
-  return bytes == 0 || (bytes > 0 && list.DataList != nullptr);
+  const std::optional<std::size_t> values = ValueCount(list);
+  return values && (*values == 0 || list.DataList != nullptr);
 }
 
 bool IsDotSize(int size) {
@@ -82,16 +84,13 @@ bool ReadCounters(const AXMLTreeNode& parent, ProfileDataList& list) {
 
 bool ReadValues(const AXMLTreeNode& parent, ProfileDataList& list) {
   const AXMLTreeNode child = parent.GetChild(element::kDataList);
-  const std::int64_t bytes = ValueBytes(list);
-  if (!child || bytes < 0) return false;
+  const std::optional<std::size_t> count = ValueCount(list);
+  if (!child || !count) return false;
   std::unique_ptr<double[]> values;
-  if (bytes > 0) {
-    values.reset(new (std::nothrow) double[static_cast<std::size_t>(bytes) / sizeof(double)]());
-    if (values == nullptr) return false;
-  }
+  if (*count > 0) values.reset(new double[*count]());
   std::string room;
   const std::string_view text = child.ViewValue(room);
-  if (!vkcl::ReadHex(text, values.get(), static_cast<std::size_t>(bytes))) return false;
+  if (!vkcl::ReadHex(text, values.get(), *count * sizeof(double))) return false;
   delete[] list.DataList;
   list.DataList = values.release();
   return true;
@@ -103,7 +102,7 @@ int VSDProfileHandler::WriteProfileList(AXMLTreeNode& parent, const ProfileDataL
   for (const Counter& counter : kCounters) {
     if (!parent.AddChild(counter.name, vkcl::IntegerText(Get(list, counter)))) return 0;
   }
-  const auto bytes = static_cast<std::size_t>(ValueBytes(list));
+  const std::size_t bytes = ValueCount(list).value_or(0) * sizeof(double);
   return parent.AddChild(element::kDataList, vkcl::HexText(list.DataList, bytes)) ? 1 : 0;
 }
 
@@ -131,7 +130,7 @@ int VSDProfileHandler::WriteBySize(const char* container, int size, const Profil
   return vkcl::Guarded([&] {
     AXMLTreeNode parent = Container(container).AddChild(element::kDotSizes[size], "");
     if (!parent || WriteProfileList(parent, list) == 0) return 0;
-    modified_ = 1;
+    modified_ = true;
     return 1;
   });
 }
@@ -149,7 +148,7 @@ int VSDProfileHandler::WriteVerify(const char* container, const ProfileDataList&
   return vkcl::Guarded([&] {
     AXMLTreeNode parent = Container(container);
     if (!parent || WriteProfileList(parent, list) == 0) return 0;
-    modified_ = 1;
+    modified_ = true;
     return 1;
   });
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -45,10 +46,10 @@ bool AddNumbers(AXMLTreeNode& parent, const double* values, int count) {
 bool ReadNumbers(const AXMLTreeNode& parent, double* values, int count) {
   const AXMLTreeNode child = parent.GetChild(element::kDataList);
   if (!child) return false;
-  if (values == nullptr || count <= 0) return true;
+  if (values == nullptr) return true;
   std::string room;
   const std::string_view text = child.ViewValue(room);
-  const std::size_t wanted = static_cast<std::size_t>(count) * sizeof(double);
+  const std::size_t wanted = static_cast<std::size_t>(std::max(count, 0)) * sizeof(double);
   std::vector<char> bytes(std::min(wanted, text.size() / 2 + 1));
   const auto read = vkcl::ReadHex(text, bytes.data(), bytes.size());
   if (!read) return false;
@@ -85,10 +86,11 @@ std::string JoinLimits(const double* limits, std::int32_t count) {
 
 // Reads values from the right: the last one belongs to the last of `count` channels. Those that
 // belong to no slot of the record are dropped.
-void SplitLimits(std::string_view text, std::int32_t count, double* limits, std::int32_t slots) {
+void SplitLimits(std::string_view text, std::int32_t count, std::span<double> slots) {
   if (count <= 0) return;
   const auto store = [&](std::int32_t channel, std::string_view value) {
-    if (channel < slots) limits[channel] = vkcl::NumberOf(value);
+    const auto slot = static_cast<std::size_t>(channel);
+    if (slot < slots.size()) slots[slot] = vkcl::NumberOf(value);
   };
   for (std::int32_t channel = count - 1; channel >= 0; --channel) {
     const std::size_t separator = text.rfind(';');
@@ -114,13 +116,13 @@ bool ReadSpot(const AXMLTreeNode& parent, VKSpotSingleInkLimit& limits) {
   limits.name = vkcl::OwnedText(name.ViewValue(room), "\t").release();
   const AXMLTreeNode values = parent.GetChild(kValues);
   if (!values) return false;
-  const std::int32_t slots = std::max(count, 0);
-  std::unique_ptr<double[]> fresh(new double[static_cast<std::size_t>(slots)]());
-  SplitLimits(values.ViewValue(room), slots, fresh.get(), slots);
+  const auto slots = static_cast<std::size_t>(std::max(count, 0));
+  std::unique_ptr<double[]> fresh(new double[slots]());
+  SplitLimits(values.ViewValue(room), count, {fresh.get(), slots});
   limits.limits = fresh.release();
   limits.count = count;
-  limits.size = static_cast<std::int32_t>(12 + std::strlen(limits.name) +
-                                          static_cast<std::size_t>(slots) * sizeof(double));
+  limits.size =
+      static_cast<std::int32_t>(12 + std::strlen(limits.name) + slots * sizeof(double));
   return true;
 }
 
@@ -183,7 +185,7 @@ int VSDProfileHandler::WriteVKSingleInkLimits(const VKSingleInkLimitWithLinRef& 
     AXMLTreeNode parent = Root().AddChild(kSingleLimits, "");
     if (!parent.AddChild(kChannels, vkcl::IntegerText(limits.count))) return 0;
     if (!parent.AddChild(kValues, JoinLimits(GetSlots(limits).data(), limits.count))) return 0;
-    modified_ = 1;
+    modified_ = true;
     return 1;
   });
 }
@@ -196,7 +198,7 @@ int VSDProfileHandler::ReadVKSingleInkLimits(VKSingleInkLimitWithLinRef& limits)
     if (!values) return 0;
     std::string room;
     Slots slots = GetSlots(limits);
-    SplitLimits(values.ViewValue(room), limits.count, slots.data(), kSlots);
+    SplitLimits(values.ViewValue(room), limits.count, slots);
     SetSlots(limits, slots);
     return 1;
   });
@@ -209,7 +211,7 @@ int VSDProfileHandler::WriteVKSpotSIL(const VKSpotSingleInkLimit& limits) {
     if (!parent.AddChild(kChannels, vkcl::IntegerText(limits.count))) return 0;
     if (!parent.AddChild(kSpotName, limits.name)) return 0;
     if (!parent.AddChild(kValues, JoinLimits(limits.limits, limits.count))) return 0;
-    modified_ = 1;
+    modified_ = true;
     return 1;
   });
 }

@@ -135,9 +135,9 @@ VSDProfileHandler::~VSDProfileHandler() { SaveToFile(); }
 int VSDProfileHandler::IsValid() const { return valid_; }
 
 int VSDProfileHandler::SaveToFile() {
-  if (valid_ == 0 || modified_ == 0) return 1;
-  modified_ = 0;
-  return tree_ != nullptr ? tree_->SaveToFile(*path_) : 0;
+  if (valid_ == 0 || !modified_) return 1;
+  modified_ = false;
+  return tree_->SaveToFile(*path_);  // a valid object has a tree
 }
 
 AXMLTreeNode VSDProfileHandler::Root() const {
@@ -152,7 +152,7 @@ int VSDProfileHandler::WriteVKColorParam(const VKColorParam& param) {
     for (const Field& field : kFields) {
       if (!parent.AddChild(field.name, std::visit(FieldText{param}, field.member))) return 0;
     }
-    modified_ = 1;
+    modified_ = true;
     return 1;
   });
 }

@@ -139,5 +139,5 @@ class VKCL_API VSDProfileHandler {
   int openExisting_ = 0;
   std::shared_ptr<AXMLTree> tree_;
   int valid_ = 0;
-  int modified_ = 0;
+  bool modified_ = false;
 };
