@@ -105,6 +105,9 @@ void AppendSet(const InkSet& set, AStringArray& names) {
   for (const Colorant colorant : set.inks()) names.append(RowOf(colorant).name);
 }
 
+// Whether a mode is a set of flags, not a code.
+bool IsFlagSet(int mode) { return mode < 0; }
+
 int ChannelsOfFlags(std::uint32_t flags) { return std::popcount(flags) - 1; }
 
 // The colorants of the file that share a bit with the mode, in file order.
@@ -162,7 +165,7 @@ int Recognize(const AStringArray& names, AStringArray& orderedNames) {
 }
 
 void AppendDark(int mode, AStringArray& names) {
-  if (mode < 0) {
+  if (IsFlagSet(mode)) {
     const auto flags = static_cast<std::uint32_t>(mode);
     static vkcl::LazyDefinitions lazy;
     AppendBuiltIn(flags, true, names);
@@ -208,7 +211,7 @@ void GetStandardColorNamesByColorMode(int mode, AStringArray& names) {
   AStringArray all = vkcl::Guarded([&] {
     AStringArray found;
     if (const InkSet* set = vkcl::FindInkSet(mode)) AppendSet(*set, found);
-    if (mode >= 0) return found;
+    if (!IsFlagSet(mode)) return found;
     static vkcl::LazyDefinitions lazy;
     const auto flags = static_cast<std::uint32_t>(mode);
     AppendBuiltIn(flags, true, found);
@@ -220,13 +223,14 @@ void GetStandardColorNamesByColorMode(int mode, AStringArray& names) {
 }
 
 int GetNumberOfChannels(int mode) {
-  if (mode < 0) return ChannelsOfFlags(static_cast<std::uint32_t>(mode));
+  if (IsFlagSet(mode)) return ChannelsOfFlags(static_cast<std::uint32_t>(mode));
   const InkSet* set = vkcl::FindInkSet(mode);
   return set != nullptr ? set->count : 0;
 }
 
 int GetNumberOfNonDarkChannels(int mode) {
-  if (mode < 0) return std::popcount(static_cast<std::uint32_t>(mode) & LightAndMediumBits());
+  if (IsFlagSet(mode))
+    return std::popcount(static_cast<std::uint32_t>(mode) & LightAndMediumBits());
   const InkSet* set = vkcl::FindInkSet(mode);
   if (set == nullptr) return 0;
   return static_cast<int>(
@@ -235,7 +239,7 @@ int GetNumberOfNonDarkChannels(int mode) {
 }
 
 int GetNumberOfDarkChannels(int mode) {
-  if (mode >= 0) return GetNumberOfChannels(mode) - GetNumberOfNonDarkChannels(mode);
+  if (!IsFlagSet(mode)) return GetNumberOfChannels(mode) - GetNumberOfNonDarkChannels(mode);
   return vkcl::Guarded([&] {
     static vkcl::LazyDefinitions lazy;
     const auto flags = static_cast<std::uint32_t>(mode);

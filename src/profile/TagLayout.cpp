@@ -201,8 +201,8 @@ bool TagDataSuitAppending(const VKCLProfile& profile) {
     const TableInFile stored(profile);
     const std::span<const icTag> table = stored.tags;
     if (!EndsAgree(stored, LengthOf(profile.filePath))) return false;
-    return table.empty() || (table.front().offset == RegionStart(table) &&
-                             PaddedEndOf(table.back()) == stored.size);
+    return table.empty() ||
+           (table.front().offset == RegionStart(table) && PaddedEndOf(table.back()) == stored.size);
   });
 }
 

@@ -79,9 +79,8 @@ void AppendStored(std::vector<FilePiece>& pieces, const icTag& tag, std::uint64_
 // The entries whose signature is a private one, or those whose is not, in table order.
 std::vector<icTag> VKCLProfile::SelectTags(bool isPrivate) const {
   std::vector<icTag> selected = vkcl::TableInFile(*this).tags;
-  std::erase_if(selected, [&](const icTag& tag) {
-    return (isVKCLPrivateTag(tag.sig) != 0) != isPrivate;
-  });
+  std::erase_if(selected,
+                [&](const icTag& tag) { return (isVKCLPrivateTag(tag.sig) != 0) != isPrivate; });
   return selected;
 }
 

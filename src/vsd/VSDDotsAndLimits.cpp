@@ -121,8 +121,7 @@ bool ReadSpot(const AXMLTreeNode& parent, VKSpotSingleInkLimit& limits) {
   SplitLimits(values.ViewValue(room), count, {fresh.get(), slots});
   limits.limits = fresh.release();
   limits.count = count;
-  limits.size =
-      static_cast<std::int32_t>(12 + std::strlen(limits.name) + slots * sizeof(double));
+  limits.size = static_cast<std::int32_t>(12 + std::strlen(limits.name) + slots * sizeof(double));
   return true;
 }
 

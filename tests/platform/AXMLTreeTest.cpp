@@ -340,7 +340,8 @@ TEST(AXMLTree, WritesACarriageReturnAsAReference) {
 
 // Where a reference would mean nothing, lines end as every reader takes them to end.
 TEST(AXMLTree, EndsLinesOfInstructionsAndCommentsByALineFeed) {
-  Loaded document("<!DOCTYPE r [\r\n<!-- t -->\r]>\r\n<?p one\r\ntwo\rthree?><!-- a\r\nb -->\r<r/>");
+  Loaded document(
+      "<!DOCTYPE r [\r\n<!-- t -->\r]>\r\n<?p one\r\ntwo\rthree?><!-- a\r\nb -->\r<r/>");
   ASSERT_EQ(document.result, 1);
   const std::string saved = document.Saved();
   EXPECT_EQ(saved.find('\r'), std::string::npos) << saved;

@@ -157,8 +157,8 @@ TEST(FileRewrite, ALinkToNothingYetIsFollowedWhereAFileMayBeMade) {
       std::filesystem::create_symlink("far", dir.File("near"));
       std::uint64_t length = 0;
       const FaultAt at(which, fault);
-      const bool done = RewriteFile(dir.File("near"), {Text(0, "abc")}, FileEnd::Cut,
-                                    FileOrigin::Any, length);
+      const bool done =
+          RewriteFile(dir.File("near"), {Text(0, "abc")}, FileEnd::Cut, FileOrigin::Any, length);
       EXPECT_EQ(std::filesystem::exists(dir.File("far")), done) << which;
       EXPECT_TRUE(std::filesystem::is_symlink(dir.File("near"))) << which;
       if (!FaultAt::Reached()) break;
@@ -188,8 +188,8 @@ TEST(FileRewrite, AFileThatMayOnlyBeWrittenIsWritten) {
   }
   {
     const FaultAt at(1, Fault::Forbidden);  // what is moved must be read
-    EXPECT_FALSE(RewriteFile(path, {Text(0, "abc"), Move(0, 3, 3)}, FileEnd::Cut, FileOrigin::Any,
-                             length));
+    EXPECT_FALSE(
+        RewriteFile(path, {Text(0, "abc"), Move(0, 3, 3)}, FileEnd::Cut, FileOrigin::Any, length));
   }
   {
     const FaultAt at(0, Fault::Forbidden);

@@ -59,12 +59,10 @@ TEST(MetaElement, IsReadWhateverTheOtherEntriesAre) {
 }
 
 TEST(MetaElement, OfSeveralEntriesIsTheFirstOneWithData) {
-  const Bytes image = RawImage(ProfileHeader(),
-                               {{Sig("meta"), 0, 9},
-                                {Sig("meta"), 192, 0},
-                                {Sig("meta"), 196, 4},
-                                {Sig("meta"), 192, 4}},
-                               Join({Bytes(12), Pattern(8, 7)}));
+  const Bytes image = RawImage(
+      ProfileHeader(),
+      {{Sig("meta"), 0, 9}, {Sig("meta"), 192, 0}, {Sig("meta"), 196, 4}, {Sig("meta"), 192, 4}},
+      Join({Bytes(12), Pattern(8, 7)}));
   EXPECT_EQ(MetaOf(image), Slice(image, 196, 4));
   EXPECT_TRUE(HasMetaElement(image));
   EXPECT_FALSE(HasMetaElement(RawImage(ProfileHeader(), {{Sig("meta"), 0, 9}}, Bytes(20))));
@@ -156,23 +154,23 @@ TEST(MetaElement, IsGivenToAnEntryWithoutData) {
       ProfileHeader(),
       {{Sig("dead"), 0, 7}, {Sig("meta"), 0, 9}, {Sig("meta"), 180, 0}, {Sig("desc"), 180, 8}},
       Pattern(8, 9));
-  EXPECT_TRUE(SameBytes(
-      Replaced(image, kNew),
-      RawImage(
-          ProfileHeader(),
-          {{Sig("dead"), 0, 7}, {Sig("meta"), 180, 35}, {Sig("meta"), 180, 0}, {Sig("desc"), 216, 8}},
-          Join({kNew, {0}, Pattern(8, 9)}))));
+  EXPECT_TRUE(SameBytes(Replaced(image, kNew), RawImage(ProfileHeader(),
+                                                        {{Sig("dead"), 0, 7},
+                                                         {Sig("meta"), 180, 35},
+                                                         {Sig("meta"), 180, 0},
+                                                         {Sig("desc"), 216, 8}},
+                                                        Join({kNew, {0}, Pattern(8, 9)}))));
 }
 
 TEST(MetaElement, LeavesSharedDataShared) {
   const Bytes image = RawImage(
       ProfileHeader(), {{Sig("A2B0"), 168, 8}, {Sig("meta"), 176, 4}, {Sig("A2B1"), 168, 8}},
       Pattern(12, 9));
-  EXPECT_TRUE(SameBytes(
-      Replaced(image, kNew),
-      RawImage(ProfileHeader(),
-               {{Sig("A2B0"), 168, 8}, {Sig("meta"), 176, 35}, {Sig("A2B1"), 168, 8}},
-               Join({Pattern(8, 9), kNew, {0}}))));
+  EXPECT_TRUE(
+      SameBytes(Replaced(image, kNew),
+                RawImage(ProfileHeader(),
+                         {{Sig("A2B0"), 168, 8}, {Sig("meta"), 176, 35}, {Sig("A2B1"), 168, 8}},
+                         Join({Pattern(8, 9), kNew, {0}}))));
 }
 
 // Another program's element that shares its bytes with the old one goes on having them.

@@ -554,4 +554,33 @@ TEST(SplitParamConversion, ASetWithoutRecordsIsLeftAlone) {
   }
 }
 
+TEST(SplitV3ToV4, CopiesEachCurveWithItsOwnPoints) {
+  const auto v3 = std::make_unique<SplitTypeV3>();
+  v3->colorantIndex = 2;
+  v3->interpolation = 9;
+  v3->light[0] = {0.25f, 0.5f};
+  v3->lightCount = 1;
+  v3->medium[0] = {0.125f, 0.75f};
+  v3->medium[1] = {0.375f, 0.0f};
+  v3->mediumCount = 2;
+  v3->dark[0] = {0.5f, 0.25f};
+  v3->dark[1] = {0.625f, 0.5f};
+  v3->dark[2] = {1.0f, 1.0f};
+  v3->dark[3] = {9.0f, 9.0f};  // after the last one
+  v3->darkCount = 3;
+  const auto v4 = std::make_unique<SplitTypeV4>(*v3);
+  EXPECT_EQ(v4->colorantIndex, 2);
+  EXPECT_EQ(v4->interpolation, 9);
+  EXPECT_EQ(v4->lightCount, 1);
+  EXPECT_EQ(v4->light[0].input, 0.25f);
+  EXPECT_EQ(v4->light[0].amount, 0.5f);
+  EXPECT_EQ(v4->mediumCount, 2);
+  EXPECT_EQ(v4->medium[0].amount, 0.75f);
+  EXPECT_EQ(v4->medium[1].input, 0.375f);
+  EXPECT_EQ(v4->medium[1].shape, 0.0f);
+  EXPECT_EQ(v4->darkCount, 3);
+  EXPECT_EQ(v4->dark[1].input, 0.625f);
+  EXPECT_EQ(v4->dark[3].input, 0.0f);
+}
+
 }  // namespace

@@ -888,6 +888,21 @@ TEST(VSDSpotInkLimits, AMissingElementEndsTheReadBehindWhatWasRead) {
   }
 }
 
+TEST(VSDSpotInkLimits, OfUpTo65536ChannelsAreRead) {
+  for (const int count : {0, 1, 65536, 65537}) {
+    Sidecar file(VsdText(SpotElement(std::to_string(count), "Spot", "5;7")));
+    VKSpotSingleInkLimit spot;
+    EXPECT_EQ(file.handler.ReadVKSpotSIL(spot), count <= 65536 ? 1 : 0);
+    EXPECT_EQ(spot.count, count <= 65536 ? count : 0);
+    EXPECT_EQ(spot.size, count <= 65536 ? 12 + 5 + 8 * count : 0);
+    if (count == 65536) {
+      EXPECT_EQ(spot.limits[65535], 7);
+      EXPECT_EQ(spot.limits[65534], 5);
+      EXPECT_EQ(spot.limits[65533], 0);
+    }
+  }
+}
+
 TEST(VSDSpotInkLimits, AFailedReadCountsNoLimitsWhereThereAreNone) {
   for (const char* const inner : {"<Num_of_Channels>3</Num_of_Channels>",
                                   "<Num_of_Channels>3</Num_of_Channels><ChannelS>New</ChannelS>",

@@ -34,7 +34,8 @@ char ByteOfRaw(std::string_view character) {
 
 constexpr std::array<bool, 256> MakePlain() {
   std::array<bool, 256> plain = {};
-  for (unsigned c = 0; c < 256; ++c) plain[c] = (c >= 0x20 && c < 0x80) || c == '\t' || c == '\n' || c == '\r';
+  for (unsigned c = 0; c < 256; ++c)
+    plain[c] = (c >= 0x20 && c < 0x80) || c == '\t' || c == '\n' || c == '\r';
   return plain;
 }
 constexpr std::array<bool, 256> kPlain = MakePlain();

@@ -100,8 +100,8 @@ std::vector<Range> Joined(std::vector<Range> ranges) {
   return ranges;
 }
 
-// A transfer that fails on the way is retried a few times: half of the old bytes are worse than late
-// ones. One that moves nothing at all is given up at once.
+// A transfer that fails on the way is retried a few times: half of the old bytes are worse than
+// late ones. One that moves nothing at all is given up at once.
 void PutBytesBack(AFile& file, std::uint64_t offset, const char* bytes, std::size_t size) {
   constexpr int kTries = 4;
   host::Slice slice = {bytes, size};
@@ -275,8 +275,8 @@ bool Rewrite::Run(FileOrigin origin) {
   return false;
 }
 
-// Reads the bytes from `offset` on up to the end of the file; -1 when the file does not give what it
-// holds.
+// Reads the bytes from `offset` on up to the end of the file; -1 when the file does not give what
+// it holds.
 std::int64_t ReadOld(AFile& file, std::uint64_t offset, char* old, std::size_t size) {
   host::MutableSlice slice = {old, size};
   const std::uint64_t got = file.readAt(offset, {&slice, 1});

@@ -29,7 +29,7 @@ enum class FileOrigin {
   /// A missing file is created, also where a symbolic link names it. One that may only be written
   /// is written; nothing of it can be put back but its length.
   Any,
-  New,       ///< the file must not exist
+  New,  ///< the file must not exist
 };
 
 /// Applies `pieces` to the file at `path`; where two overlap, the later one holds. Each byte that

@@ -154,9 +154,9 @@ bool ReplaceMetaElement(const std::string& path, View file, View element) {
   std::vector<Entry> table = TableIn(file.first(headLength));
   auto meta = FindMeta(table);
   // One without data is given some before an entry is added.
-  if (meta == table.end()) meta = std::find_if(table.begin(), table.end(), [](const Entry& entry) {
-    return entry.sig == cmsSigMetaTag;
-  });
+  if (meta == table.end())
+    meta = std::find_if(table.begin(), table.end(),
+                        [](const Entry& entry) { return entry.sig == cmsSigMetaTag; });
   if (meta == table.end()) {
     if (table.size() == kMostTags) return false;
     meta = table.insert(table.end(), Entry{cmsSigMetaTag, 0, 0});

@@ -213,8 +213,7 @@ int CLExportProfilerOptions(void* profiler, void* fileSpec) {
     // The entries of a dictionary that cannot be read would be lost.
     if (entries == nullptr && p::HasMetaElement(file)) return p::kRefused;
     const p::Dictionary merged = p::Merged(context, entries, object->options);
-    const bool replaced =
-        p::ReplaceMetaElement(spec->path, file, p::TagData(context, merged));
+    const bool replaced = p::ReplaceMetaElement(spec->path, file, p::TagData(context, merged));
     return replaced ? p::kDone : p::kRefused;
   });
 }
