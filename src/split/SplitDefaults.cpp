@@ -155,7 +155,7 @@ bool FindStrengths(int colorMode, std::int32_t colorant, const double* values,
                    Strengths& strengths) {
   strengths = {};
   if (values == nullptr || colorant >= GetNumberOfChannels(colorMode)) return true;
-  strengths = {true, 1.0f, 1.0f};
+  strengths.known = true;
   if (colorant < 0) return true;  // it has no lighter inks
   int light = -1;
   int medium = -1;

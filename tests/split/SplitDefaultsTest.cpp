@@ -821,6 +821,14 @@ TEST(SplitDefaults, OfAnotherVersionForgetRecordsOfAVersionThatIsNotTheirs) {
   SplitParam::DeleteRecords(4, records);
 }
 
+// The first channel of a mode may be that of a light ink.
+TEST(ScaledSplitDefaults, OfALightInkInTheFirstChannelGoByItsStrength) {
+  const Installation installation;
+  // Light magenta and medium cyan; the strength of magenta is taken at its number, 1.
+  const Scaled scaled(Mode(0x80000120), {1, 2});
+  EXPECT_TRUE(SameBytes(scaled.Record(0), ScaledRecord({1, 0}, 2.0, 1.0, 2.0)));
+}
+
 // Colorants of one flag, or of a built-in one's, make the list of names longer than the mode has
 // channels. The caller's array has a value a channel; the sanitizers see a read beyond it.
 TEST(ScaledSplitDefaults, OfColorantsThatShareAFlagStayWithinTheChannels) {
