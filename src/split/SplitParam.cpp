@@ -24,18 +24,14 @@ void CopyRecords(SplitTypeBase* to, const SplitTypeBase* from, long version, int
 // Replaces the records of a set by ones of type To, each built from the From at its place.
 template <class From, class To>
 void Convert(SplitParam& set, long toVersion) {
-  const std::int32_t size = SetSize(toVersion, set.count);
   auto* converted = static_cast<To*>(SplitParam::NewRecords(toVersion, set.count));
-  if (converted == nullptr || size == 0) {
-    SplitParam::DeleteRecords(toVersion, converted);
-    return;
-  }
+  if (converted == nullptr) return;
   const auto* records = static_cast<const From*>(set.splits);
   for (std::int32_t i = 0; i < set.count; ++i) converted[i] = To(records[i]);
   SplitParam::DeleteRecords(set.version, set.splits);
   set.splits = converted;
   set.version = static_cast<std::int32_t>(toVersion);
-  set.size = size;
+  set.size = SetSize(toVersion, set.count);
 }
 
 }  // namespace
@@ -83,7 +79,6 @@ SplitParam& SplitParam::operator=(const SplitParam& other) {
     size = kHeadSize;
     return *this;
   }
-  if (RecordSize(version) == 0) return *this;
   splits = NewRecords(version, count);
   if (splits == nullptr) return *this;
   CopyRecords(splits, other.splits, version, count);

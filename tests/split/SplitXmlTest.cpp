@@ -371,6 +371,19 @@ TEST(SplitXml, OfAnyNumberOfRecordsIsSavedAndLoaded) {
   }
 }
 
+TEST(SplitXml, OfASetWithoutItsRecordsIsNotSaved) {
+  for (const int count : {1, 2, 1000}) {
+    SplitParam split;
+    split.count = count;
+    Document document;
+    EXPECT_EQ(split.Serialize(document.tree, document.root, 0), 0);
+    EXPECT_EQ(document.root.GetChild("ListSplit").GetChildCount(), 0);
+  }
+  SplitParam none;
+  Document document;
+  EXPECT_EQ(none.Serialize(document.tree, document.root, 0), 1);
+}
+
 TEST(SplitXml, OfASetWithoutItsRecordsEndsWell) {
   SplitParam split;
   split.count = 3;
