@@ -53,7 +53,7 @@ bool ReadNumbers(const AXMLTreeNode& parent, double* values, int count) {
   std::vector<char> bytes(std::min(wanted, text.size() / 2 + 1));
   const auto read = vkcl::ReadHex(text, bytes.data(), bytes.size());
   if (!read) return false;
-  std::memcpy(values, bytes.data(), *read);
+  std::copy_n(bytes.data(), *read, reinterpret_cast<char*>(values));
   return true;
 }
 

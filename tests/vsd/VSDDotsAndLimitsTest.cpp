@@ -10,6 +10,7 @@ using vkcl::testing::BitsOf;
 using vkcl::testing::BytesOf;
 using vkcl::testing::CommaLocale;
 using vkcl::testing::CommaThreads;
+using vkcl::testing::Element;
 using vkcl::testing::FileText;
 using vkcl::testing::HexOf;
 using vkcl::testing::kBitPatternCount;
@@ -147,6 +148,19 @@ TEST(VSDDotStarts, OfNoChannelsNeedNoArrays) {
   Sidecar file;
   EXPECT_EQ(file.handler.WriteMediumAndLargeStart(nullptr, nullptr, 0), 1);
   EXPECT_EQ(file.handler.WriteLargeDotScale(nullptr, 0), 1);
+}
+
+// There is nothing to copy, and an array to leave alone.
+TEST(VSDLargeDotScale, OfNoChannelsOrFewerLeavesTheArray) {
+  for (const char* const number : {"0", "-1", "-2147483648"}) {
+    Sidecar file(VsdText(Element("LargeDotScale", Element("NumOfColors", number) +
+                                                      Element("DataList", "0000000000000840"))));
+    double scale[] = {7};
+    int count = 9;
+    EXPECT_EQ(file.handler.ReadLargeDotScale(scale, count), 1) << number;
+    EXPECT_EQ(std::to_string(count), number);
+    EXPECT_EQ(scale[0], 7);
+  }
 }
 
 TEST(VSDDotStarts, EveryBitOfAValueSurvives) {

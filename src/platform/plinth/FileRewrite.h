@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/plinth/AFile.h"
+#include "platform/plinth/HostFiles.h"
 #include "platform/plinth/AFilePath.h"
 
 namespace vkcl {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/Bytes.h"
+#include "platform/plinth/AFile.h"
 #include "platform/plinth/FileRewrite.h"
 #include "platform/plinth/WholeFile.h"
 
