@@ -229,7 +229,7 @@ class FileWriter : public pugi::xml_writer {
 
   void write(const void* data, std::size_t size) override {
     std::string_view rest(static_cast<const char*>(data), size);
-    for (std::size_t at = rest.find('\r'); at != rest.npos; at = rest.find('\r')) {
+    for (std::size_t at = rest.find('\r'); at != std::string_view::npos; at = rest.find('\r')) {
       Put(rest.substr(0, at));
       Put("&#13;");
       rest.remove_prefix(at + 1);

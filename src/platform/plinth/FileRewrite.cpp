@@ -277,10 +277,11 @@ bool Rewrite::Run(FileOrigin origin) {
 
 // Reads the bytes from `offset` on up to the end of the file; -1 when the file does not give what
 // it holds.
-std::int64_t ReadOld(AFile& file, std::uint64_t offset, char* old, std::size_t size) {
-  host::MutableSlice slice = {old, size};
+std::int64_t ReadOld(AFile& file, std::uint64_t offset, std::span<char> old) {
+  host::MutableSlice slice = {old.data(), old.size()};
   const std::uint64_t got = file.readAt(offset, {&slice, 1});
-  const bool isWhole = got == size || file.length() == static_cast<std::int64_t>(offset + got);
+  const bool isWhole =
+      got == old.size() || file.length() == static_cast<std::int64_t>(offset + got);
   return isWhole ? static_cast<std::int64_t>(got) : -1;
 }
 
@@ -290,10 +291,11 @@ bool OverwriteFile(const AFilePath& path, std::uint64_t offset, std::span<host::
                    std::uint64_t held) {
   std::uint64_t total = 0;
   for (const host::Slice& slice : slices) total += slice.size;
-  const std::unique_ptr<char[]> old = NewLargeBlock(static_cast<std::size_t>(total));
+  const auto most = static_cast<std::size_t>(total);
+  const std::unique_ptr<char[]> old = NewLargeBlock(most);
   AFile file;
   if (!file.open(path, AFile::ReadWrite)) return false;
-  const std::int64_t got = ReadOld(file, offset, old.get(), static_cast<std::size_t>(total));
+  const std::int64_t got = ReadOld(file, offset, {old.get(), most});
   if (got < static_cast<std::int64_t>(held)) return false;
   if (file.writeAt(offset, slices) == total && file.close()) return true;
 
