@@ -17,7 +17,7 @@ constexpr Dilutions kDilutions[] = {
     {"LCyan", "MCyan"}, {"LMagenta", "MMagenta"}, {"LYellow", {}}, {"LBlack", "MBlack"}};
 
 // Colorants of a definitions file that share a bit make the list longer than the mode has channels;
-// a place beyond those is none.
+// a place beyond those names no channel.
 int ChannelOf(std::string_view name, const AStringArray& inks, int channels) {
   if (name.empty()) return -1;
   const auto count = std::min(inks.size(), static_cast<std::size_t>(channels));

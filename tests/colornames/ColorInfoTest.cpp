@@ -121,7 +121,7 @@ TEST(LightMediumIndex, CountsTheExtraColorantsOfTheDefinitions) {
     EXPECT_EQ(ChannelsOf(Mode(0x80070C0F), 3, 1), (Channels{6, -1}));
     EXPECT_EQ(ChannelsOf(Mode(0x80010000), 0, 1), kNeither);
     // An extra colorant that shares the flag of a built-in one stands beside it in the list; a
-    // place beyond the channels of the mode is none.
+    // place beyond the channels of the mode names none of them.
     EXPECT_EQ(ChannelsOf(Mode(0x80000011), 0, 1), kNeither);
     EXPECT_EQ(ChannelsOf(Mode(0x80000111), 0, 1), (Channels{2, -1}));
     EXPECT_EQ(ChannelsOf(Mode(0x80000131), 0, 1), (Channels{2, -1}));

@@ -48,7 +48,7 @@ Entry EntryAt(View head, std::size_t index) {
   return {LoadBig32(row), LoadBig32(row + 4), LoadBig32(row + 8)};
 }
 
-// Header and table whole; no entries for bytes that are no profile.
+// The table of a head that is whole; no entries for an empty one.
 std::vector<Entry> TableIn(View head) {
   std::vector<Entry> table;
   for (std::size_t i = 0; kTableStart + kEntrySize * (i + 1) <= head.size(); ++i) {
@@ -72,7 +72,7 @@ bool FindReadable(View head, std::uint64_t length, Entry& meta) {
   return true;
 }
 
-// Puts the entries' data one behind the other; entries that share a block go on sharing it, and
+// Puts the entries' data one after another; entries that share a block go on sharing it, and
 // those without data stay as they are: with a place they would be read.
 std::vector<FilePiece> LayOut(std::vector<Entry>& table, const std::vector<View>& data,
                               std::uint64_t& end) {

@@ -12,7 +12,7 @@
 
 namespace vkcl::profiler {
 
-/// The element of the first entry 'meta' that has data. Empty for a file that is no profile,
+/// The element of the first entry 'meta' that has data. Empty for a file that is not a profile,
 /// without such an entry, and for an element of more than 64 MiB. Reads the first 4,096 bytes, what
 /// of the tag table lies after them, and the element. Throws std::bad_alloc.
 std::vector<std::uint8_t> ReadMetaElement(const std::string& path);
@@ -24,7 +24,7 @@ bool HasMetaElement(std::span<const std::uint8_t> file);
 
 /// Rewrites the file at `path`, whose bytes are `file`, with `element` as its 'meta' element; all
 /// other entries, their order and their data stay. False, and the file is as it was, for bytes that
-/// are no profile, when a tag is not wholly in the file, when an entry more would make a profile
+/// are not a profile, when a tag is not wholly in the file, when another entry would make a profile
 /// that Little CMS refuses, and when the file cannot be written. Throws std::bad_alloc.
 bool ReplaceMetaElement(const std::string& path, std::span<const std::uint8_t> file,
                         std::span<const std::uint8_t> element);
