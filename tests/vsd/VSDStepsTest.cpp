@@ -278,6 +278,25 @@ TEST(VSDSteps, AnyArgumentButZeroOpensAndBeginsNoDocument) {
   }
 }
 
+// What says that it is valid can be written to.
+TEST(VSDSteps, WhereMemoryIsShortADocumentIsWholeOrInvalid) {
+  int invalid = 0;
+  bool reached = true;
+  for (std::size_t which = 0; reached && which < 100; ++which) {
+    const TempDir dir;
+    std::optional<VSDProfileHandler> handler;
+    const AFilePath path(dir.File("f.xml"));
+    {
+      const AllocationFailsAt shortage(which);
+      handler.emplace(path, 0);
+      reached = AllocationFailsAt::Reached();
+    }
+    EXPECT_EQ(handler->IsValid(), WriteFifty(*handler)) << which;
+    invalid += handler->IsValid() == 0 ? 1 : 0;
+  }
+  EXPECT_GT(invalid, 0);
+}
+
 TEST(VSDSteps, AnInvalidDocumentThatIsAssignedToTakesOverEverything) {
   Sidecar file;
   ASSERT_EQ(WriteFifty(file.handler), 1);
