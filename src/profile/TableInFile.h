@@ -19,8 +19,8 @@ struct TableInFile {
   /// Throws std::bad_alloc.
   explicit TableInFile(const VKCLProfile& profile);
 
-  bool isWhole = false;    ///< whether the object has read a table whole; if not, there are no tags
-  std::uint32_t size = 0;  ///< the header's size field
+  bool isWhole = false;     ///< whether the object read the whole table; if not, `tags` is empty
+  std::uint32_t size = 0;   ///< the header's size field
   std::vector<icTag> tags;  ///< in table order
 };
 

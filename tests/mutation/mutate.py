@@ -232,7 +232,7 @@ def arguments():
     if given.what == 'all':
         given.area = given.count if given.count != '100' else None
         if given.area and given.area not in areas.AREAS:
-            parser.error(f'{given.area} is no area: {", ".join(areas.AREAS)}')
+            parser.error(f'{given.area} is not an area: {", ".join(areas.AREAS)}')
     else:
         given.count = int(given.count)
     return given

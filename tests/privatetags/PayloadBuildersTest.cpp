@@ -816,8 +816,8 @@ TEST(PayloadBuilders, SpotLinksOfWhichOneIsRefusedHaveTheLengthsOfThoseBeforeIt)
   EXPECT_EQ(tag.size, 0u);
 }
 
-// A link that has told its length and is then not saved: the block stays with the tag, as far as it
-// was filled, and has no length, so that nobody writes it.
+// A link that reports its length and then cannot be saved: the block stays with the tag, as far as
+// it was filled, and has no length, so that nobody writes it.
 TEST(PayloadBuilders, ABlockOfWhichALinkCannotBeSavedStaysWithoutALength) {
   VKSpotLinDLParam spot;
   spot.SetData(1, "Gold");

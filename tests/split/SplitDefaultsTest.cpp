@@ -837,7 +837,7 @@ TEST(ScaledSplitDefaults, OfColorantsThatShareAFlagStayWithinTheChannels) {
     // Cyan, Violet, Lilac, Pale, LCyan, of three channels: no channel is that of light cyan.
     const Scaled shared(Mode(0x80010011), {1, 2, 3});
     EXPECT_TRUE(SameBytes(shared.Record(0), ScaledRecord({0, 0}, 1.0, 1.0, 1.0)));
-    // Of four, with light magenta behind it.
+    // Of four channels, with light magenta after it.
     const Scaled more(Mode(0x80010031), {1, 2, 3, 4});
     EXPECT_TRUE(SameBytes(more.Record(0), ScaledRecord({0, 0}, 1.0, 1.0, 1.0)));
     EXPECT_TRUE(SameBytes(more.Record(1), ScaledRecord({1, 0}, 2.0, 2.0, 2.0)));
